@@ -1,0 +1,32 @@
+# The two commands of the README: `make run` and `make test`.
+.PHONY: all run test bench format deps build-release build-ci clean
+
+JOBS ?= $(shell nproc)
+
+all: build-release
+
+deps:
+	@scripts/install-deps
+
+build-release: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS)
+
+build-ci: deps
+	@cmake --preset ci >/dev/null
+	@cmake --build --preset ci -j $(JOBS)
+
+run: build-release
+	@./build/release/src/tevra
+
+test: build-ci
+	@ctest --preset ci -j $(JOBS)
+
+bench: build-release
+	@scripts/run-bench build/release/bench
+
+format:
+	@find src tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf build
