@@ -1,6 +1,7 @@
 #include "core/text.h"
 
 #include <unicode/brkiter.h>
+#include <unicode/normalizer2.h>
 #include <unicode/regex.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -120,6 +121,16 @@ std::string uppercase(std::string_view s) {
     auto u = toUnicode(s);
     u.toUpper(icu::Locale::getRoot());
     return toUtf8(u);
+}
+
+std::string nfc(std::string_view s) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* normalizer = icu::Normalizer2::getNFCInstance(status);
+    if (U_FAILURE(status)) {
+        return std::string(s);
+    }
+    const auto normalized = normalizer->normalize(toUnicode(s), status);
+    return U_FAILURE(status) ? std::string(s) : toUtf8(normalized);
 }
 
 std::string capitalizeFirst(std::string_view s) {

@@ -24,6 +24,10 @@ std::string suffixCharacters(std::string_view s, std::size_t n);
 std::string lowercase(std::string_view s);
 std::string uppercase(std::string_view s);
 
+// Canonical composition (NFC): a base letter and its combining marks become
+// the precomposed character where one exists.
+std::string nfc(std::string_view s);
+
 // The first character upper-cased, the rest unchanged.
 std::string capitalizeFirst(std::string_view s);
 
