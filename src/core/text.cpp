@@ -94,12 +94,27 @@ std::size_t characterCount(std::string_view s) {
 }
 
 std::string prefixCharacters(std::string_view s, std::size_t n) {
+    // Stops after n boundaries: the head of a long document costs what the
+    // head costs, not what the document costs.
     const auto u = toUnicode(s);
-    const auto bounds = graphemeBoundaries(u);
-    if (bounds.size() <= n + 1) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> it(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (U_FAILURE(status)) {
         return std::string(s);
     }
-    return toUtf8(u.tempSubString(0, bounds[n]));
+    it->setText(u);
+    int32_t end = it->first();
+    for (std::size_t i = 0; i < n; ++i) {
+        end = it->next();
+        if (end == icu::BreakIterator::DONE) {
+            return std::string(s);
+        }
+    }
+    if (it->next() == icu::BreakIterator::DONE) {
+        return std::string(s);  // exactly n characters: the text as given
+    }
+    return toUtf8(u.tempSubString(0, end));
 }
 
 std::string suffixCharacters(std::string_view s, std::size_t n) {

@@ -150,18 +150,20 @@ TEST(PromptBuilderUser, WritesEachContextLineUnderItsCondition) {
 TEST(PromptBuilderUser, FocusedTextIsCutToFifteenHundredCharacters) {
     // "é" as a base letter and a combining accent: one character, two code points.
     const std::string character = "e\u0301";
-    std::string expected;
+    std::string head;
     for (int i = 0; i < 1500; ++i) {
-        expected += character;
+        head += character;
     }
+    const std::string expected =
+        "Text already in the field (context — do not repeat it):\n" + head + "\n\nDictation:\nx";
+
     PolishContext context;
-    context.focusedText = expected;
+    context.focusedText = head;
+    EXPECT_EQ(PromptBuilder::user("x", context), expected);
     for (int i = 1500; i < 2000; ++i) {
         *context.focusedText += character;
     }
-    EXPECT_EQ(PromptBuilder::user("x", context),
-              "Text already in the field (context — do not repeat it):\n" + expected +
-                  "\n\nDictation:\nx");
+    EXPECT_EQ(PromptBuilder::user("x", context), expected);
 }
 
 TEST(PromptBuilderLanguageName, FindsCodesInAnyCaseAndReturnsUnknownOnesAsGiven) {
