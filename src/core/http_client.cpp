@@ -2,7 +2,7 @@
 
 #include <curl/curl.h>
 
-#include <cmath>
+#include <chrono>
 #include <cstdint>
 
 namespace tevra {
@@ -22,7 +22,31 @@ struct Transfer {
     std::string body;
     std::size_t maxBytes = SIZE_MAX;
     bool overflow = false;
+
+    // Inactivity: the moment a byte last moved, either way.
+    std::chrono::steady_clock::duration idleLimit{};
+    std::chrono::steady_clock::time_point lastActivity = std::chrono::steady_clock::now();
+    curl_off_t lastDown = 0;
+    curl_off_t lastUp = 0;
+    bool idleTimeout = false;
 };
+
+// libcurl calls this at least once a second, and on every movement of data.
+int onProgress(void* userdata, curl_off_t, curl_off_t downNow, curl_off_t, curl_off_t upNow) {
+    auto* t = static_cast<Transfer*>(userdata);
+    const auto now = std::chrono::steady_clock::now();
+    if (downNow != t->lastDown || upNow != t->lastUp) {
+        t->lastDown = downNow;
+        t->lastUp = upNow;
+        t->lastActivity = now;
+        return 0;
+    }
+    if (now - t->lastActivity >= t->idleLimit) {
+        t->idleTimeout = true;
+        return 1;  // aborts the transfer
+    }
+    return 0;
+}
 
 size_t onWrite(char* data, size_t size, size_t count, void* userdata) {
     auto* t = static_cast<Transfer*>(userdata);
@@ -104,6 +128,8 @@ HttpResponse HttpClient::perform(Handle& h, const std::string& url, const Header
     Transfer transfer;
     transfer.curl = c;
     transfer.maxBytes = maxBytes;
+    transfer.idleLimit = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+        std::chrono::duration<double>(limits_.inactivitySec));
     char errorText[CURL_ERROR_SIZE] = {0};
 
     std::unique_ptr<curl_slist, SlistDeleter> headerList;
@@ -130,10 +156,11 @@ HttpResponse HttpClient::perform(Handle& h, const std::string& url, const Header
     curl_easy_setopt(c, CURLOPT_TIMEOUT_MS, static_cast<long>(limits_.totalSec * 1000.0));
     curl_easy_setopt(c, CURLOPT_CONNECTTIMEOUT_MS,
                      static_cast<long>(limits_.inactivitySec * 1000.0));
-    // Inactivity: fewer than one byte per second, either way, for the whole window.
-    curl_easy_setopt(c, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(c, CURLOPT_LOW_SPEED_TIME,
-                     std::max(1L, static_cast<long>(std::ceil(limits_.inactivitySec))));
+    // libcurl's own low-speed check averages over several seconds, so an upload
+    // burst would hide the first seconds of silence; inactivity is timed here.
+    curl_easy_setopt(c, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(c, CURLOPT_XFERINFOFUNCTION, &onProgress);
+    curl_easy_setopt(c, CURLOPT_XFERINFODATA, &transfer);
     if (body) {
         curl_easy_setopt(c, CURLOPT_POST, 1L);
         curl_easy_setopt(c, CURLOPT_POSTFIELDS, body->data());
@@ -148,7 +175,7 @@ HttpResponse HttpClient::perform(Handle& h, const std::string& url, const Header
             throw HttpTransportError("response larger than " + std::to_string(maxBytes) +
                                      " bytes");
         }
-        if (rc == CURLE_OPERATION_TIMEDOUT) {
+        if (rc == CURLE_OPERATION_TIMEDOUT || transfer.idleTimeout) {
             throw HttpTransportError("The request timed out.");
         }
         std::string text = curl_easy_strerror(rc);

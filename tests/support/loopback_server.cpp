@@ -15,7 +15,9 @@ LoopbackServer::LoopbackServer() {
     }
 }
 
-LoopbackServer::~LoopbackServer() { stop(); }
+LoopbackServer::~LoopbackServer() {
+    stop();
+}
 
 void LoopbackServer::start() {
     thread_ = std::thread([this] { server_.listen_after_bind(); });
@@ -33,7 +35,9 @@ void LoopbackServer::stop() {
     }
 }
 
-std::string LoopbackServer::baseURL() const { return "http://127.0.0.1:" + std::to_string(port_); }
+std::string LoopbackServer::baseURL() const {
+    return "http://127.0.0.1:" + std::to_string(port_);
+}
 
 void LoopbackServer::stall(std::chrono::milliseconds d) {
     std::unique_lock lock(mutex_);

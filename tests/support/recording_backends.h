@@ -1,0 +1,120 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/pipeline_store.h"
+#include "polish/polish_backend.h"
+#include "stt/transcription_backend.h"
+
+namespace tevra::testing {
+
+// A speech backend that answers from a script and records what it was asked.
+class ScriptedTranscriber : public TranscriptionBackend {
+  public:
+    using Answer = std::function<Transcript()>;
+
+    ScriptedTranscriber(std::string name, Answer answer)
+        : name_(std::move(name)), answer_(std::move(answer)) {}
+
+    static std::shared_ptr<ScriptedTranscriber> returning(
+        std::string name, std::string text, std::optional<std::string> language = {}) {
+        return std::make_shared<ScriptedTranscriber>(std::move(name), [text, language] {
+            return Transcript{text, language, {}};
+        });
+    }
+    template <typename E>
+    static std::shared_ptr<ScriptedTranscriber> failing(std::string name, E error) {
+        return std::make_shared<ScriptedTranscriber>(std::move(name),
+                                                     [error]() -> Transcript { throw error; });
+    }
+
+    std::string name() const override { return name_; }
+    Transcript transcribe(std::string_view wav,
+                          const std::optional<std::string>& languageHint) const override {
+        {
+            std::lock_guard lock(mutex_);
+            calls_.push_back(Call{std::string(wav), languageHint});
+        }
+        return answer_();
+    }
+
+    struct Call {
+        std::string wav;
+        std::optional<std::string> languageHint;
+    };
+    std::vector<Call> calls() const {
+        std::lock_guard lock(mutex_);
+        return calls_;
+    }
+
+  private:
+    std::string name_;
+    Answer answer_;
+    mutable std::mutex mutex_;
+    mutable std::vector<Call> calls_;
+};
+
+// A polisher that answers from a script and counts its calls.
+class ScriptedPolisher : public PolishBackend {
+  public:
+    using Answer = std::function<std::string(const std::string& transcript)>;
+
+    ScriptedPolisher(std::string name, Answer answer)
+        : name_(std::move(name)), answer_(std::move(answer)) {}
+
+    std::string name() const override { return name_; }
+    std::string polish(const std::string& transcript, const PolishContext&,
+                       const std::vector<std::string>& dictionary,
+                       const std::vector<Replacement>& replacements,
+                       const std::vector<Snippet>& snippets) const override {
+        ++calls_;
+        lastDictionary_ = dictionary;
+        lastReplacements_ = replacements;
+        lastSnippets_ = snippets;
+        return answer_(transcript);
+    }
+
+    int calls() const { return calls_; }
+    std::vector<std::string> lastDictionary() const { return lastDictionary_; }
+    std::vector<Replacement> lastReplacements() const { return lastReplacements_; }
+    std::vector<Snippet> lastSnippets() const { return lastSnippets_; }
+
+  private:
+    std::string name_;
+    Answer answer_;
+    mutable std::atomic<int> calls_{0};
+    mutable std::vector<std::string> lastDictionary_;
+    mutable std::vector<Replacement> lastReplacements_;
+    mutable std::vector<Snippet> lastSnippets_;
+};
+
+// A store with fixed vocabulary that records the history rows it is given.
+class RecordingStore : public PipelineStore {
+  public:
+    std::vector<std::string> dictionaryWords;
+    std::vector<Replacement> replacementRules;
+    std::vector<Snippet> snippetList;
+
+    std::vector<std::string> dictionary() const override { return dictionaryWords; }
+    std::vector<Replacement> replacements() const override { return replacementRules; }
+    std::vector<Snippet> snippets() const override { return snippetList; }
+    void add(const HistoryRow& row) override {
+        std::lock_guard lock(mutex_);
+        rows_.push_back(row);
+    }
+    std::vector<HistoryRow> rows() const {
+        std::lock_guard lock(mutex_);
+        return rows_;
+    }
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<HistoryRow> rows_;
+};
+
+}  // namespace tevra::testing
