@@ -180,8 +180,9 @@ std::string system(const Mode& mode, const std::vector<std::string>& dictionary,
                    const std::vector<Snippet>& snippets, std::string_view persona) {
     std::string out;
     if (mode.isCommand) {
-        // A spoken instruction writes in whatever language it asks for, and
-        // the lists of a dictation do not apply to what it produces.
+        // An instruction picks its own language, and replacements and snippets
+        // reshape dictated words, not what an instruction produces; only the
+        // spellings carry over.
         out += commandOpening;
         out += mode.instructions;
         out += commandRules;
