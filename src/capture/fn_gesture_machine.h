@@ -14,7 +14,7 @@ namespace tevra {
 // leaderElapsed when it fires. Every event answers zero or one intent; the list
 // lets the caller treat all answers alike.
 class FnGestureMachine {
-  public:
+public:
     // Asked at each decision; true while a capture is running.
     std::function<bool()> isCapturing = [] { return false; };
 
@@ -35,7 +35,7 @@ class FnGestureMachine {
     bool isFnHeld() const { return fnDown_; }
     bool isChordResolved() const { return resolution_.kind != Resolution::Kind::pending; }
 
-  private:
+private:
     // What the current press has turned out to be.
     struct Resolution {
         enum class Kind { action, pending, dictate, consumed };

@@ -9,7 +9,7 @@ namespace tevra {
 
 // What the gesture machine asks the world to do.
 class FnIntent {
-  public:
+public:
     enum class Kind {
         startSlot,
         finish,
@@ -38,7 +38,7 @@ class FnIntent {
 
     friend bool operator==(const FnIntent&, const FnIntent&) = default;
 
-  private:
+private:
     explicit FnIntent(Kind kind, int slot = 0) : kind_(kind), slot_(slot) {}
     Kind kind_;
     int slot_;
@@ -46,7 +46,7 @@ class FnIntent {
 
 // What a key means while the talk key is down.
 class FnAction {
-  public:
+public:
     enum class Kind {
         slot,
         select,
@@ -79,7 +79,7 @@ class FnAction {
 
     friend bool operator==(const FnAction&, const FnAction&) = default;
 
-  private:
+private:
     explicit FnAction(Kind kind, int slot = 0) : kind_(kind), slot_(slot) {}
     Kind kind_;
     int slot_;

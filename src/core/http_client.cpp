@@ -78,7 +78,9 @@ struct HttpClient::Handle {
     Handle& operator=(const Handle&) = delete;
 };
 
-HttpClient::HttpClient(HttpLimits limits) : limits_(limits) { ensureGlobalInit(); }
+HttpClient::HttpClient(HttpLimits limits) : limits_(limits) {
+    ensureGlobalInit();
+}
 
 HttpClient::~HttpClient() = default;
 
@@ -172,8 +174,7 @@ HttpResponse HttpClient::perform(Handle& h, const std::string& url, const Header
     const CURLcode rc = curl_easy_perform(c);
     if (rc != CURLE_OK) {
         if (transfer.overflow) {
-            throw HttpTransportError("response larger than " + std::to_string(maxBytes) +
-                                     " bytes");
+            throw HttpTransportError("response larger than " + std::to_string(maxBytes) + " bytes");
         }
         if (rc == CURLE_OPERATION_TIMEDOUT || transfer.idleTimeout) {
             throw HttpTransportError("The request timed out.");

@@ -65,7 +65,7 @@ DictationResult Pipeline::process(std::span<const int16_t> samples, int64_t samp
     if (WAV::isNearSilent(samples)) {
         throw PipelineError::nearSilent();
     }
-    const std::string wav = WAV::data(samples, sampleRate);
+    const ByteBuffer wav = WAV::data(samples, sampleRate);
     return process(wav, sampleDurationMs(samples.size(), sampleRate), context);
 }
 
@@ -143,7 +143,7 @@ std::optional<std::string> Pipeline::transcribeInterim(std::span<const int16_t> 
         return std::nullopt;
     }
     try {
-        const std::string wav = WAV::data(samples, sampleRate);
+        const ByteBuffer wav = WAV::data(samples, sampleRate);
         auto routed = router_->route(wav, languageHint());
         if (routed.transcript.text.empty()) {
             return std::nullopt;

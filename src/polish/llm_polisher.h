@@ -14,7 +14,7 @@ namespace tevra {
 // protocol (Groq, OpenAI, the hosted relay); only name, root URL, key and model
 // differ. Each call is a fresh two-message conversation.
 class LLMPolisher : public PolishBackend {
-  public:
+public:
     static constexpr double kDefaultTimeout = 20.0;
 
     static constexpr const char* kGroqRoot = "https://api.groq.com/openai/v1";
@@ -54,7 +54,7 @@ class LLMPolisher : public PolishBackend {
     // no content. Throws DecodingError when the body is not a chat completion.
     static std::string parseChatJSON(std::string_view body);
 
-  private:
+private:
     std::string chat(const std::string& system, const std::string& user, double temperature) const;
 
     std::string name_;

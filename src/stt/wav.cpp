@@ -9,13 +9,14 @@
 namespace tevra::WAV {
 namespace {
 
-void putU32(std::string& out, uint32_t v) {
+void putU32(ByteBuffer& out, uint32_t v) {
     const char bytes[4] = {static_cast<char>(v & 0xff), static_cast<char>((v >> 8) & 0xff),
-                           static_cast<char>((v >> 16) & 0xff), static_cast<char>((v >> 24) & 0xff)};
+                           static_cast<char>((v >> 16) & 0xff),
+                           static_cast<char>((v >> 24) & 0xff)};
     out.append(bytes, 4);
 }
 
-void putU16(std::string& out, uint16_t v) {
+void putU16(ByteBuffer& out, uint16_t v) {
     const char bytes[2] = {static_cast<char>(v & 0xff), static_cast<char>((v >> 8) & 0xff)};
     out.append(bytes, 2);
 }
@@ -27,7 +28,7 @@ void putU16(std::string& out, uint16_t v) {
 
 }  // namespace
 
-std::string data(std::span<const int16_t> samples, int64_t sampleRate) {
+ByteBuffer data(std::span<const int16_t> samples, int64_t sampleRate) {
     constexpr uint64_t kMax = std::numeric_limits<uint32_t>::max();
     const uint64_t n = samples.size();
     if (2 * n + 36 > kMax) {
@@ -39,7 +40,7 @@ std::string data(std::span<const int16_t> samples, int64_t sampleRate) {
     const auto dataBytes = static_cast<uint32_t>(2 * n);
     const auto rate = static_cast<uint32_t>(sampleRate);
 
-    std::string out;
+    ByteBuffer out;
     out.reserve(static_cast<size_t>(dataBytes) + 44);
     out.append("RIFF", 4);
     putU32(out, dataBytes + 36);

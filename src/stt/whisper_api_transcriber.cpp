@@ -44,8 +44,8 @@ std::shared_ptr<WhisperAPITranscriber> WhisperAPITranscriber::deepinfra(std::str
 
 std::shared_ptr<WhisperAPITranscriber> WhisperAPITranscriber::fireworks(std::string apiKey,
                                                                         std::string model) {
-    const char* root = model.find("turbo") != std::string::npos ? kFireworksTurboRoot
-                                                                : kFireworksProductionRoot;
+    const char* root =
+        model.find("turbo") != std::string::npos ? kFireworksTurboRoot : kFireworksProductionRoot;
     return std::make_shared<WhisperAPITranscriber>("fireworks", root, std::move(apiKey),
                                                    std::move(model));
 }
@@ -58,10 +58,10 @@ std::string WhisperAPITranscriber::makeBoundary() {
     return std::string("weft-") + text;
 }
 
-std::string WhisperAPITranscriber::multipartBody(std::string_view boundary, std::string_view wav,
-                                                 std::string_view model,
-                                                 const std::optional<std::string>& language) {
-    std::string body;
+ByteBuffer WhisperAPITranscriber::multipartBody(std::string_view boundary, std::string_view wav,
+                                                std::string_view model,
+                                                const std::optional<std::string>& language) {
+    ByteBuffer body;
     body.reserve(wav.size() + 512 + 4 * boundary.size());
     auto field = [&](std::string_view fieldName, std::string_view value) {
         body += "--";
@@ -123,7 +123,7 @@ Transcript WhisperAPITranscriber::parseVerboseJSON(std::string_view body) {
 Transcript WhisperAPITranscriber::transcribe(std::string_view wav,
                                              const std::optional<std::string>& languageHint) const {
     const std::string boundary = makeBoundary();
-    const std::string body = multipartBody(boundary, wav, model_, languageHint);
+    const ByteBuffer body = multipartBody(boundary, wav, model_, languageHint);
     const HttpClient::Headers headers = {
         {"Content-Type", "multipart/form-data; boundary=" + boundary},
         {"Authorization", authorizationHeader()},

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/byte_buffer.h"
 #include "core/http_client.h"
 #include "stt/transcription_backend.h"
 
@@ -31,9 +32,9 @@ public:
     static constexpr const char* kGroqRoot = "https://api.groq.com/openai/v1";
     static constexpr const char* kOpenAIRoot = "https://api.openai.com/v1";
     static constexpr const char* kDeepInfraRoot = "https://api.deepinfra.com/v1/openai";
-    static constexpr const char* kFireworksTurboRoot = 
+    static constexpr const char* kFireworksTurboRoot =
         "https://audio-turbo.us-virginia-1.direct.fireworks.ai/v1";
-    static constexpr const char* kFireworksProductionRoot = 
+    static constexpr const char* kFireworksProductionRoot =
         "https://audio-prod.us-virginia-1.direct.fireworks.ai/v1";
 
     std::string name() const override { return name_; }
@@ -45,9 +46,9 @@ public:
     Transcript transcribe(std::string_view wav,
                           const std::optional<std::string>& languageHint) const override;
 
-    static std::string multipartBody(std::string_view boundary, std::string_view wav,
-                                     std::string_view model,
-                                     const std::optional<std::string>& language);
+    static ByteBuffer multipartBody(std::string_view boundary, std::string_view wav,
+                                    std::string_view model,
+                                    const std::optional<std::string>& language);
     static Transcript parseVerboseJSON(std::string_view body);
     // "weft-" and a fresh random UUID in upper case.
     static std::string makeBoundary();

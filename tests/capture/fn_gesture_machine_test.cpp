@@ -18,7 +18,7 @@ const Intents finish{FnIntent::finish()};
 const Intents startPlain{FnIntent::startSlot(0)};
 
 class FnGestureMachineTest : public ::testing::Test {
-  protected:
+protected:
     FnGestureMachineTest() {
         machine.isCapturing = [this] { return capturing; };
     }

@@ -34,7 +34,7 @@ std::shared_ptr<ScriptedPolisher> polisherFailing(std::string name) {
 }
 
 class PipelineTest : public ::testing::Test {
-  protected:
+protected:
     Pipeline make(std::vector<std::shared_ptr<const PolishBackend>> polishers,
                   WeftSettings settings = {}, bool withStore = true) {
         return Pipeline(std::make_shared<TranscriptionRouter>(
@@ -78,7 +78,7 @@ TEST_F(PipelineTest, SendsTheEncodedAudioWithTheLanguageHint) {
     make({}).process(speech, 16000, {});
     const auto calls = stt->calls();
     ASSERT_EQ(calls.size(), 2u);
-    EXPECT_EQ(calls[0].wav, WAV::data(speech, 16000));
+    EXPECT_EQ(calls[0].wav, std::string_view(WAV::data(speech, 16000)));
     EXPECT_EQ(calls[0].languageHint, "pl");
     EXPECT_EQ(calls[1].languageHint, std::nullopt) << "an empty hint is no hint";
 }

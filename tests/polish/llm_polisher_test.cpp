@@ -63,7 +63,7 @@ TEST(LLMPolisherReply, ShapeOfTheBody) {
 // A chat/completions service on loopback: it records every request and gives
 // the answer the test has set.
 class LLMPolisherServer : public ::testing::Test {
-  protected:
+protected:
     struct Seen {
         std::string path;
         std::string authorization;

@@ -23,7 +23,7 @@ uint16_t u16At(const std::string& s, size_t off) {
 
 TEST(WAV, HeaderDescribesMono16BitPCM) {
     const std::vector<int16_t> samples = {0, 1, -1, 32767, -32768};
-    const std::string wav = WAV::data(samples, 16000);
+    const std::string wav(std::string_view(WAV::data(samples, 16000)));
     ASSERT_EQ(wav.size(), 44u + 10u);
     EXPECT_EQ(wav.substr(0, 4), "RIFF");
     EXPECT_EQ(u32At(wav, 4), 10u + 36u);
@@ -44,7 +44,7 @@ TEST(WAV, HeaderDescribesMono16BitPCM) {
 }
 
 TEST(WAV, ZeroSamplesGiveAValidEmptyFile) {
-    const std::string wav = WAV::data({}, 48000);
+    const std::string wav(std::string_view(WAV::data({}, 48000)));
     ASSERT_EQ(wav.size(), 44u);
     EXPECT_EQ(u32At(wav, 4), 36u);
     EXPECT_EQ(u32At(wav, 40), 0u);

@@ -22,7 +22,7 @@ using ::testing::StartsWith;
 // A loopback speech service: checks the protocol of every request, keeps what
 // it received, and answers with whatever the test has put in `reply`.
 class SpeechServer {
-  public:
+public:
     struct Reply {
         int status = 200;
         std::string body = R"({"text":"hello"})";
@@ -70,7 +70,7 @@ class SpeechServer {
     }
     LoopbackServer& loopback() { return server_; }
 
-  private:
+private:
     LoopbackServer server_;
     mutable std::mutex mutex_;
     Reply reply_;
@@ -78,7 +78,7 @@ class SpeechServer {
 };
 
 class WhisperAPITranscriberTest : public ::testing::Test {
-  protected:
+protected:
     std::shared_ptr<WhisperAPITranscriber> client(double timeout = 30.0) {
         return std::make_shared<WhisperAPITranscriber>("groq", server.baseURL(), "sk-test",
                                                        "whisper-large-v3", timeout);
@@ -94,7 +94,7 @@ class WhisperAPITranscriberTest : public ::testing::Test {
 
     SpeechServer server;
     const std::vector<int16_t> samples = {0, 100, -100, 32767, -32768, 7};
-    const std::string wav = WAV::data(samples, 16000);
+    const std::string wav{std::string_view(WAV::data(samples, 16000))};
 };
 
 TEST_F(WhisperAPITranscriberTest, SendsTheMultipartFormInOrder) {
@@ -216,7 +216,7 @@ TEST_F(WhisperAPITranscriberTest, ReusesItsConnectionAndServesThreadsAtOnce) {
 }
 
 TEST(WhisperAPITranscriberBody, IsWrittenByteForByte) {
-    const std::string body =
+    const ByteBuffer body =
         WhisperAPITranscriber::multipartBody("weft-B", "RIFFDATA", "m1", std::string("pl"));
     EXPECT_EQ(body,
               "--weft-B\r\nContent-Disposition: form-data; name=\"model\"\r\n\r\nm1\r\n"

@@ -9,6 +9,9 @@
 namespace tevra::testing {
 
 LoopbackServer::LoopbackServer() {
+    // Production servers disable Nagle; without this, small replies on a kept-alive
+    // connection wait for the client's delayed acknowledgement (about 40 ms).
+    server_.set_tcp_nodelay(true);
     port_ = server_.bind_to_any_port("127.0.0.1");
     if (port_ <= 0) {
         throw std::runtime_error("loopback server: no free port on 127.0.0.1");

@@ -16,7 +16,7 @@ namespace tevra::testing {
 // A real HTTP/1.1 server on 127.0.0.1 and a free port, for tests that drive the
 // product's HTTP clients over the wire. Register handlers on server(), then start().
 class LoopbackServer {
-  public:
+public:
     LoopbackServer();
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer&) = delete;
@@ -41,7 +41,7 @@ class LoopbackServer {
     // A port on which nothing listens, for refused connections.
     static int closedPort();
 
-  private:
+private:
     httplib::Server server_;
     int port_ = -1;
     std::thread thread_;

@@ -15,7 +15,7 @@ namespace tevra::testing {
 
 // A speech backend that answers from a script and records what it was asked.
 class ScriptedTranscriber : public TranscriptionBackend {
-  public:
+public:
     using Answer = std::function<Transcript()>;
 
     ScriptedTranscriber(std::string name, Answer answer)
@@ -52,7 +52,7 @@ class ScriptedTranscriber : public TranscriptionBackend {
         return calls_;
     }
 
-  private:
+private:
     std::string name_;
     Answer answer_;
     mutable std::mutex mutex_;
@@ -61,7 +61,7 @@ class ScriptedTranscriber : public TranscriptionBackend {
 
 // A polisher that answers from a script and counts its calls.
 class ScriptedPolisher : public PolishBackend {
-  public:
+public:
     using Answer = std::function<std::string(const std::string& transcript)>;
 
     ScriptedPolisher(std::string name, Answer answer)
@@ -84,7 +84,7 @@ class ScriptedPolisher : public PolishBackend {
     std::vector<Replacement> lastReplacements() const { return lastReplacements_; }
     std::vector<Snippet> lastSnippets() const { return lastSnippets_; }
 
-  private:
+private:
     std::string name_;
     Answer answer_;
     mutable std::atomic<int> calls_{0};
@@ -95,7 +95,7 @@ class ScriptedPolisher : public PolishBackend {
 
 // A store with fixed vocabulary that records the history rows it is given.
 class RecordingStore : public PipelineStore {
-  public:
+public:
     std::vector<std::string> dictionaryWords;
     std::vector<Replacement> replacementRules;
     std::vector<Snippet> snippetList;
@@ -112,7 +112,7 @@ class RecordingStore : public PipelineStore {
         return rows_;
     }
 
-  private:
+private:
     mutable std::mutex mutex_;
     std::vector<HistoryRow> rows_;
 };
