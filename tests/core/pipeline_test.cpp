@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "polish/llm_polisher.h"
 #include "stt/wav.h"
 #include "stt/weft_errors.h"
 #include "stt/whisper_api_transcriber.h"
@@ -189,24 +190,50 @@ TEST_F(PipelineTest, InterimTranscriptsNeedMoreThanAThirdOfASecond) {
     EXPECT_EQ(make({}).transcribeInterim(speech, 16000), std::nullopt);
 }
 
-TEST(PipelineOverTheWire, TurnsSamplesIntoCleanText) {
+// Speech and chat services on loopback, reached the way the relay is.
+class PipelineOverTheWire : public ::testing::Test {
+protected:
+    void SetUp() override {
+        service.server().Post("/v1/audio/transcriptions",
+                              [](const httplib::Request&, httplib::Response& res) {
+                                  res.set_content(R"({"text":" so this is the first dictation \n",)"
+                                                  R"("language":"english","duration":1.0})",
+                                                  "application/json");
+                              });
+        service.server().Post(
+            "/v1/chat/completions", [this](const httplib::Request&, httplib::Response& res) {
+                res.status = chatStatus;
+                res.set_content(R"({"choices":[{"message":{"content":"So, this is it."}}]})",
+                                "application/json");
+            });
+        service.start();
+    }
+    Pipeline pipeline() {
+        const std::string root = service.baseURL() + "/v1";
+        auto router = std::make_shared<TranscriptionRouter>(
+            std::vector<std::shared_ptr<const TranscriptionBackend>>{
+                WhisperAPITranscriber::kestrum(root, "token", "whisper")});
+        return Pipeline(router, {LLMPolisher::kestrum(root, "token", "llm")}, nullptr, {});
+    }
+
     testing::LoopbackServer service;
-    service.server().Post("/v1/audio/transcriptions",
-                          [](const httplib::Request&, httplib::Response& res) {
-                              res.set_content(R"({"text":" so this is the first dictation \n",)"
-                                              R"("language":"english","duration":1.0})",
-                                              "application/json");
-                          });
-    service.start();
-    auto router = std::make_shared<TranscriptionRouter>(
-        std::vector<std::shared_ptr<const TranscriptionBackend>>{
-            WhisperAPITranscriber::kestrum(service.baseURL() + "/v1", "token", "whisper")});
-    const Pipeline pipeline(router, {}, nullptr, {});
-    const auto result = pipeline.process(tone(16000, 3000), 16000, {});
+    std::atomic<int> chatStatus{200};
+};
+
+TEST_F(PipelineOverTheWire, TurnsSamplesIntoPolishedText) {
+    const auto result = pipeline().process(tone(16000, 3000), 16000, {});
     EXPECT_EQ(result.raw, "so this is the first dictation");
-    EXPECT_EQ(result.polished, "So this is the first dictation.");
+    EXPECT_EQ(result.polished, "So, this is it.");
     EXPECT_EQ(result.sttBackend, "kestrum");
+    EXPECT_EQ(result.polishBackend, "kestrum");
     EXPECT_EQ(result.language, "english");
+}
+
+TEST_F(PipelineOverTheWire, FallsBackToTheRulesWhenTheModelFails) {
+    chatStatus = 500;
+    const auto result = pipeline().process(tone(16000, 3000), 16000, {});
+    EXPECT_EQ(result.polished, "So this is the first dictation.");
+    EXPECT_EQ(result.polishBackend, "rules");
 }
 
 }  // namespace
