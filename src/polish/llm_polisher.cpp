@@ -44,15 +44,7 @@ const text::Regex& openingFence() {
 // must still carry a message object: a body without that shape is not a chat
 // completion, whatever its first element says.
 std::string firstContent(std::string_view body) {
-    nlohmann::json json;
-    try {
-        json = nlohmann::json::parse(body);
-    } catch (const nlohmann::json::exception& e) {
-        throw DecodingError(std::string("the chat completion is not valid JSON: ") + e.what());
-    }
-    if (!json.is_object()) {
-        throw DecodingError("the chat completion is not a JSON object");
-    }
+    const nlohmann::json json = parseJSONObject(body, "the chat completion");
     const auto choices = json.find("choices");
     if (choices == json.end() || !choices->is_array()) {
         throw DecodingError("the chat completion has no \"choices\" array");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/http_client.h"
+#include "core/service_roots.h"
 #include "polish/polish_backend.h"
 
 namespace tevra {
@@ -17,8 +18,8 @@ class LLMPolisher : public PolishBackend {
 public:
     static constexpr double kDefaultTimeout = 20.0;
 
-    static constexpr const char* kGroqRoot = "https://api.groq.com/openai/v1";
-    static constexpr const char* kOpenAIRoot = "https://api.openai.com/v1";
+    static constexpr const char* kGroqRoot = ServiceRoots::groq;
+    static constexpr const char* kOpenAIRoot = ServiceRoots::openai;
 
     // timeout: seconds without any data moving before the request fails; the
     // whole request may take at most 60 seconds.

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "core/error.h"
+#include "core/json_body.h"
 
 namespace tevra {
 
@@ -31,12 +32,6 @@ private:
 class WeftEmptyResponse : public Error {
 public:
     std::string description() const override { return "empty response from the model"; }
-};
-
-// A body that is not the JSON the protocol promises; the text is the decoder's.
-class DecodingError : public MessageError {
-public:
-    using MessageError::MessageError;
 };
 
 }  // namespace tevra

@@ -90,15 +90,7 @@ ByteBuffer WhisperAPITranscriber::multipartBody(std::string_view boundary, std::
 }
 
 Transcript WhisperAPITranscriber::parseVerboseJSON(std::string_view body) {
-    nlohmann::json json;
-    try {
-        json = nlohmann::json::parse(body);
-    } catch (const nlohmann::json::exception& e) {
-        throw DecodingError(std::string("the transcription is not valid JSON: ") + e.what());
-    }
-    if (!json.is_object()) {
-        throw DecodingError("the transcription is not a JSON object");
-    }
+    const nlohmann::json json = parseJSONObject(body, "the transcription");
     const auto text = json.find("text");
     if (text == json.end() || !text->is_string()) {
         throw DecodingError("the transcription has no \"text\" string");

@@ -7,6 +7,7 @@
 
 #include "core/byte_buffer.h"
 #include "core/http_client.h"
+#include "core/service_roots.h"
 #include "stt/transcription_backend.h"
 
 namespace tevra {
@@ -29,8 +30,8 @@ public:
     // The model picks the host: one containing "turbo" goes to the turbo host.
     static std::shared_ptr<WhisperAPITranscriber> fireworks(std::string apiKey, std::string model);
 
-    static constexpr const char* kGroqRoot = "https://api.groq.com/openai/v1";
-    static constexpr const char* kOpenAIRoot = "https://api.openai.com/v1";
+    static constexpr const char* kGroqRoot = ServiceRoots::groq;
+    static constexpr const char* kOpenAIRoot = ServiceRoots::openai;
     static constexpr const char* kDeepInfraRoot = "https://api.deepinfra.com/v1/openai";
     static constexpr const char* kFireworksTurboRoot =
         "https://audio-turbo.us-virginia-1.direct.fireworks.ai/v1";
