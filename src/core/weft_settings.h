@@ -1,13 +1,50 @@
 #pragma once
 
 #include <string>
+#include <vector>
+
+#include "core/deployment.h"
 
 namespace tevra {
 
-// The user's persisted settings: a value that is copied, never shared.
+// The user's persisted settings: a value that is copied, never shared. Every
+// field is stored under its own name in settings.json; a key the file lacks
+// takes the default written here.
 struct WeftSettings {
+    std::string hotkey = "fn";  // exactly "fn": the talk key; anything else: the Alt scheme
+    std::string commandHotkey = "option2";
+    std::string sttProvider = "auto";  // "auto", empty, or one pinned backend name
+    std::vector<std::string> sttOrder = {"fireworks", "deepinfra", "groq", "openai"};
+    std::string polishProvider = "auto";  // "auto", "groq", "openai" or "rules"
     bool polishEnabled = true;
     std::string languageHint;  // empty: let the service detect the language
+    bool keepAudio = false;
+    bool soundCues = true;
+    std::string appcastURL = Deployment::appcastURL;
+    bool crashReportsEnabled = false;
+    std::string crashReportURL = Deployment::crashReportURL;
+    std::string groqSTTModel = "whisper-large-v3-turbo";   // also the relay's speech model
+    std::string groqLLMModel = "llama-3.3-70b-versatile";  // also the relay's language model
+    std::string openaiSTTModel = "whisper-1";
+    std::string openaiLLMModel = "gpt-4o-mini";
+    std::string deepinfraSTTModel = "openai/whisper-large-v3-turbo";
+    std::string fireworksSTTModel = "whisper-v3-turbo";  // also picks the Fireworks host
+    std::string proxyBaseURL = Deployment::proxyBaseURL;
+    std::string translateTarget = "en";
+    std::string userFirstName;
+    std::string userLastName;
+    std::string userEmail;
+    std::string userPhone;
+    std::string userCompany;
+    std::string signatureStyle = "name";  // "name", "name_phone", "full", "legal" or "custom"
+    std::string userSignature;            // the custom sign-off, or the footer of "legal"
+    bool onboarded = false;
+    std::string appearance = "system";
+    bool notetakerAutoDetect = true;
+    // The X keysym name of the key that plays the Fn role on Linux keyboards.
+    std::string talkKey = "Control_R";
+
+    bool operator==(const WeftSettings&) const = default;
 };
 
 }  // namespace tevra
