@@ -49,6 +49,20 @@ std::optional<std::string> Pipeline::languageHint() const {
     return settings_.languageHint;
 }
 
+Pipeline::Speech Pipeline::encodeSpeech(std::span<const int16_t> samples, int64_t sampleRate) {
+    if (WAV::isNearSilent(samples)) {
+        throw PipelineError::nearSilent();
+    }
+    return Speech{WAV::data(samples, sampleRate), sampleDurationMs(samples.size(), sampleRate)};
+}
+
+Pipeline::Vocabulary Pipeline::vocabulary() const {
+    if (!store_) {
+        return {};
+    }
+    return Vocabulary{store_->dictionary(), store_->replacements(), store_->snippets()};
+}
+
 Pipeline::Transcribed Pipeline::transcribe(std::string_view wav) const {
     const auto start = std::chrono::steady_clock::now();
     RoutedTranscript routed = router_->route(wav, languageHint());
@@ -62,25 +76,15 @@ Pipeline::Transcribed Pipeline::transcribe(std::string_view wav) const {
 
 DictationResult Pipeline::process(std::span<const int16_t> samples, int64_t sampleRate,
                                   const PolishContext& context) const {
-    if (WAV::isNearSilent(samples)) {
-        throw PipelineError::nearSilent();
-    }
-    const ByteBuffer wav = WAV::data(samples, sampleRate);
-    return process(wav, sampleDurationMs(samples.size(), sampleRate), context);
+    const Speech speech = encodeSpeech(samples, sampleRate);
+    return process(speech.wav, speech.durationMs, context);
 }
 
 DictationResult Pipeline::process(std::string_view wav, int64_t durationMs,
                                   const PolishContext& context) const {
     Transcribed t = transcribe(wav);
 
-    std::vector<std::string> dictionary;
-    std::vector<Replacement> replacements;
-    std::vector<Snippet> snippets;
-    if (store_) {
-        dictionary = store_->dictionary();
-        replacements = store_->replacements();
-        snippets = store_->snippets();
-    }
+    const Vocabulary vocab = vocabulary();
 
     const auto polishStart = std::chrono::steady_clock::now();
     std::optional<std::string> polished;
@@ -88,7 +92,8 @@ DictationResult Pipeline::process(std::string_view wav, int64_t durationMs,
     if (settings_.polishEnabled) {
         for (const auto& polisher : polishers_) {
             try {
-                polished = polisher->polish(t.text, context, dictionary, replacements, snippets);
+                polished = polisher->polish(t.text, context, vocab.dictionary, vocab.replacements,
+                                            vocab.snippets);
                 label = polisher->name();
                 break;
             } catch (const std::exception&) {
@@ -97,7 +102,7 @@ DictationResult Pipeline::process(std::string_view wav, int64_t durationMs,
         }
     }
     if (!polished || label == "none") {
-        polished = RulesPolisher::apply(t.text, replacements);
+        polished = RulesPolisher::apply(t.text, vocab.replacements);
         label = "rules";
     }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -8,10 +9,12 @@
 #include <string_view>
 #include <vector>
 
+#include "core/byte_buffer.h"
 #include "core/error.h"
 #include "core/pipeline_store.h"
 #include "core/polish_context.h"
 #include "core/weft_settings.h"
+#include "polish/mode.h"
 #include "polish/polish_backend.h"
 #include "stt/transcription_router.h"
 
@@ -65,6 +68,35 @@ public:
     std::optional<std::string> transcribeInterim(std::span<const int16_t> samples,
                                                  int64_t sampleRate) const;
 
+    // A voice applied to speech: its prompt through the polishers at the
+    // composing temperature, the rule step when all fail, and the user's
+    // sign-off when the voice carries one. Clean-up being switched off for
+    // plain dictation does not apply here.
+    DictationResult runMode(const Mode& mode, std::span<const int16_t> samples, int64_t sampleRate,
+                            const PolishContext& context) const;
+    // The same from encoded audio; keeps no history.
+    DictationResult runModeOnWav(const Mode& mode, std::string_view wav,
+                                 const PolishContext& context) const;
+    // A voice applied to text that was read off the screen, not spoken.
+    DictationResult runModeOnText(const Mode& mode, const std::string& text,
+                                  const PolishContext& context) const;
+
+    // The spoken words are an instruction for the first polisher that can
+    // follow one; there is no rule fallback, so failing them all fails with
+    // the last polisher's reason.
+    DictationResult instruct(std::span<const int16_t> samples, int64_t sampleRate,
+                             const PolishContext& context) const;
+    DictationResult instruct(std::string_view wav, int64_t durationMs,
+                             const PolishContext& context) const;
+
+    // The text translated into the language of the code; keeps no history.
+    std::string translate(const std::string& text, std::string_view to) const;
+
+    // Speech translated into targetLang.
+    DictationResult dictateToTranslate(std::span<const int16_t> samples, int64_t sampleRate,
+                                       std::string_view targetLang,
+                                       const PolishContext& context) const;
+
     const WeftSettings& settings() const { return settings_; }
     const std::shared_ptr<PipelineStore>& store() const { return store_; }
 
@@ -81,7 +113,21 @@ private:
         RoutedTranscript routed;
         int64_t sttMs;
     };
+    struct Vocabulary {
+        std::vector<std::string> dictionary;
+        std::vector<Replacement> replacements;
+        std::vector<Snippet> snippets;
+    };
+    struct Speech {
+        ByteBuffer wav;
+        int64_t durationMs;
+    };
+    // Refuses near-silent audio before any network work, then encodes it.
+    static Speech encodeSpeech(std::span<const int16_t> samples, int64_t sampleRate);
     Transcribed transcribe(std::string_view wav) const;
+    Vocabulary vocabulary() const;
+    std::string compose(const Mode& mode, const std::string& transcript,
+                        const PolishContext& context) const;
     std::optional<std::string> languageHint() const;
     void record(const PolishContext& context, const DictationResult& result,
                 int64_t durationMs) const;

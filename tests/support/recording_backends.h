@@ -1,7 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -59,38 +59,102 @@ private:
     mutable std::vector<Call> calls_;
 };
 
-// A polisher that answers from a script and counts its calls.
+// A polisher that answers every operation from one script and records what it
+// was asked. The script sees the transcript (polish, instruct) or the user
+// message (compose).
 class ScriptedPolisher : public PolishBackend {
 public:
-    using Answer = std::function<std::string(const std::string& transcript)>;
+    using Answer = std::function<std::string(const std::string& transcriptOrUser)>;
 
     ScriptedPolisher(std::string name, Answer answer)
         : name_(std::move(name)), answer_(std::move(answer)) {}
+
+    static std::shared_ptr<ScriptedPolisher> returning(std::string name, std::string text) {
+        return std::make_shared<ScriptedPolisher>(std::move(name),
+                                                  [text](const std::string&) { return text; });
+    }
+    template <typename E>
+    static std::shared_ptr<ScriptedPolisher> failing(std::string name, E error) {
+        return std::make_shared<ScriptedPolisher>(
+            std::move(name), [error](const std::string&) -> std::string { throw error; });
+    }
 
     std::string name() const override { return name_; }
     std::string polish(const std::string& transcript, const PolishContext&,
                        const std::vector<std::string>& dictionary,
                        const std::vector<Replacement>& replacements,
                        const std::vector<Snippet>& snippets) const override {
-        ++calls_;
-        lastDictionary_ = dictionary;
-        lastReplacements_ = replacements;
-        lastSnippets_ = snippets;
+        {
+            std::lock_guard lock(mutex_);
+            ++calls_;
+            lastDictionary_ = dictionary;
+            lastReplacements_ = replacements;
+            lastSnippets_ = snippets;
+        }
         return answer_(transcript);
     }
+    std::string instruct(const std::string& transcript, const PolishContext&,
+                         const std::vector<std::string>& dictionary) const override {
+        {
+            std::lock_guard lock(mutex_);
+            ++calls_;
+            lastDictionary_ = dictionary;
+            instructed_.push_back(transcript);
+        }
+        return answer_(transcript);
+    }
+    using PolishBackend::compose;
+    std::string compose(const std::string& system, const std::string& user,
+                        double temperature) const override {
+        {
+            std::lock_guard lock(mutex_);
+            ++calls_;
+            composed_.push_back(Composed{system, user, temperature});
+        }
+        return answer_(user);
+    }
 
-    int calls() const { return calls_; }
-    std::vector<std::string> lastDictionary() const { return lastDictionary_; }
-    std::vector<Replacement> lastReplacements() const { return lastReplacements_; }
-    std::vector<Snippet> lastSnippets() const { return lastSnippets_; }
+    struct Composed {
+        std::string system;
+        std::string user;
+        double temperature;
+    };
+
+    int calls() const {
+        std::lock_guard lock(mutex_);
+        return calls_;
+    }
+    std::vector<Composed> composed() const {
+        std::lock_guard lock(mutex_);
+        return composed_;
+    }
+    std::vector<std::string> instructed() const {
+        std::lock_guard lock(mutex_);
+        return instructed_;
+    }
+    std::vector<std::string> lastDictionary() const {
+        std::lock_guard lock(mutex_);
+        return lastDictionary_;
+    }
+    std::vector<Replacement> lastReplacements() const {
+        std::lock_guard lock(mutex_);
+        return lastReplacements_;
+    }
+    std::vector<Snippet> lastSnippets() const {
+        std::lock_guard lock(mutex_);
+        return lastSnippets_;
+    }
 
 private:
     std::string name_;
     Answer answer_;
-    mutable std::atomic<int> calls_{0};
+    mutable std::mutex mutex_;
+    mutable int calls_ = 0;
     mutable std::vector<std::string> lastDictionary_;
     mutable std::vector<Replacement> lastReplacements_;
     mutable std::vector<Snippet> lastSnippets_;
+    mutable std::vector<Composed> composed_;
+    mutable std::vector<std::string> instructed_;
 };
 
 // A store with fixed vocabulary that records the history rows it is given.
