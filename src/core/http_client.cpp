@@ -194,6 +194,21 @@ HttpResponse HttpClient::perform(Handle& h, const std::string& url, const Header
     return response;
 }
 
+bool isValidURL(const std::string& text) {
+    CURLU* url = curl_url();
+    if (!url) {
+        return false;
+    }
+    bool valid = curl_url_set(url, CURLUPART_URL, text.c_str(), 0) == CURLUE_OK;
+    if (valid) {
+        char* host = nullptr;
+        valid = curl_url_get(url, CURLUPART_HOST, &host, 0) == CURLUE_OK && host && *host;
+        curl_free(host);
+    }
+    curl_url_cleanup(url);
+    return valid;
+}
+
 std::string appendPath(std::string_view baseURL, std::string_view component) {
     std::string url(baseURL);
     while (!url.empty() && url.back() == '/') {

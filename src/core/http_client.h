@@ -63,6 +63,9 @@ private:
     mutable std::vector<std::unique_ptr<Handle>> pool_;
 };
 
+// Whether text is an absolute URL with a scheme and a host, as libcurl reads it.
+bool isValidURL(const std::string& text);
+
 // Appends a path component to a base URL with exactly one slash between them.
 std::string appendPath(std::string_view baseURL, std::string_view component);
 
