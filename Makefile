@@ -19,8 +19,9 @@ build-ci: deps
 run: build-release
 	@./build/release/src/tevra
 
+# Tests run inside the private services of scripts/test-env (session bus, keyring).
 test: build-ci
-	@ctest --preset ci -j $(JOBS)
+	@scripts/test-env ctest --preset ci -j $(JOBS)
 
 bench: build-release
 	@scripts/run-bench build/release/bench

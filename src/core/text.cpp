@@ -174,6 +174,19 @@ std::size_t countSpaceSeparated(std::string_view s) {
     return count;
 }
 
+bool isValidUTF8(std::string_view s) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(s.data());
+    const auto len = static_cast<int32_t>(s.size());
+    for (int32_t i = 0; i < len;) {
+        UChar32 c;
+        U8_NEXT(bytes, i, len, c);
+        if (c < 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::optional<char32_t> lastScalar(std::string_view s) {
     if (s.empty()) {
         return std::nullopt;

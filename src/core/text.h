@@ -35,6 +35,10 @@ std::string capitalizeFirst(std::string_view s);
 // not separate.
 std::size_t countSpaceSeparated(std::string_view s);
 
+// Whether the bytes are well-formed UTF-8 (no overlong forms, surrogates or
+// truncated sequences).
+bool isValidUTF8(std::string_view s);
+
 // The last Unicode scalar value, or nullopt for an empty string.
 std::optional<char32_t> lastScalar(std::string_view s);
 

@@ -60,6 +60,16 @@ TEST(Text, RegexCompilesCaseInsensitiveWithTemplates) {
               "x$1\\nx");
 }
 
+TEST(Text, ValidUTF8RejectsMalformedSequences) {
+    EXPECT_TRUE(text::isValidUTF8(""));
+    EXPECT_TRUE(text::isValidUTF8("plain, żółć, 漢字, \U0001F600"));
+    EXPECT_TRUE(text::isValidUTF8(std::string("nul\0inside", 11)));
+    EXPECT_FALSE(text::isValidUTF8("\xff"));
+    EXPECT_FALSE(text::isValidUTF8("\xc0\xaf"));            // overlong "/"
+    EXPECT_FALSE(text::isValidUTF8("\xed\xa0\x80"));        // a UTF-16 surrogate
+    EXPECT_FALSE(text::isValidUTF8("truncated \xe2\x82"));  // end mid-sequence
+}
+
 TEST(Text, AppendPathJoinsWithOneSlash) {
     EXPECT_EQ(appendPath("https://h/v1", "audio/transcriptions"),
               "https://h/v1/audio/transcriptions");
