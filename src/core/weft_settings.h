@@ -1,11 +1,16 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "core/deployment.h"
 
 namespace tevra {
+
+// The name of the notification posted on the main queue after the settings
+// were saved and the runtime reloaded.
+inline constexpr const char* weftSettingsChanged = "weft.settingsChanged";
 
 // The user's persisted settings: a value that is copied, never shared. Every
 // field is stored under its own name in settings.json; a key the file lacks
@@ -43,6 +48,15 @@ struct WeftSettings {
     bool notetakerAutoDetect = true;
     // The X keysym name of the key that plays the Fn role on Linux keyboards.
     std::string talkKey = "Control_R";
+
+    // The data directory: $XDG_DATA_HOME/Tevra, by default ~/.local/share/Tevra.
+    static std::filesystem::path defaultDir();
+    // Reads settings.json in dir. Never fails: a missing, unreadable or corrupt
+    // file, or one wrong type at any key, gives all defaults.
+    static WeftSettings load(const std::filesystem::path& dir);
+    // Writes settings.json in dir atomically, owner-only. A failure leaves the
+    // old file as it was and is reported nowhere.
+    void save(const std::filesystem::path& dir) const;
 
     bool operator==(const WeftSettings&) const = default;
 };

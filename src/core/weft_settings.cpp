@@ -1,0 +1,78 @@
+#include "core/weft_settings.h"
+
+#include <pwd.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "core/atomic_file.h"
+#include "core/secure_file.h"
+#include "core/weft_settings_json.h"
+
+namespace tevra {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* fileName = "settings.json";
+
+fs::path homeDir() {
+    if (const char* home = ::getenv("HOME"); home != nullptr && *home != '\0') {
+        return home;
+    }
+    // No HOME, as under some service managers: ask the password database.
+    if (const passwd* entry = ::getpwuid(::getuid());
+        entry != nullptr && entry->pw_dir != nullptr) {
+        return entry->pw_dir;
+    }
+    return {};
+}
+
+}  // namespace
+
+fs::path WeftSettings::defaultDir() {
+    // A relative XDG_DATA_HOME is invalid by the XDG rules and is ignored.
+    if (const char* xdg = ::getenv("XDG_DATA_HOME"); xdg != nullptr && *xdg == '/') {
+        return fs::path(xdg) / "Tevra";
+    }
+    return homeDir() / ".local" / "share" / "Tevra";
+}
+
+WeftSettings WeftSettings::load(const fs::path& dir) {
+    try {
+        std::ifstream in(dir / fileName, std::ios::binary);
+        if (!in) {
+            return {};
+        }
+        std::ostringstream text;
+        text << in.rdbuf();
+        if (in.bad()) {
+            return {};
+        }
+        const nlohmann::json json = nlohmann::json::parse(text.str(), nullptr, false);
+        if (json.is_discarded()) {
+            return {};
+        }
+        return WeftSettingsJSON::decode(json);
+    } catch (const std::exception&) {
+        return {};  // a corrupt file counts as no file
+    }
+}
+
+void WeftSettings::save(const fs::path& dir) const {
+    try {
+        SecureFile::ensureSecureDir(dir);
+        const std::string text = WeftSettingsJSON::encode(*this).dump(2) + "\n";
+        const fs::path file = dir / fileName;
+        writeFileAtomically(file, text);
+        // The rename brought in a new inode, so the mode is set again every time.
+        SecureFile::lockDownFile(file);
+    } catch (const std::exception&) {
+        // dump() refuses text that is not UTF-8; like a failed write, dropped
+    }
+}
+
+}  // namespace tevra
