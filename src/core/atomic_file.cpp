@@ -4,26 +4,13 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
+
+#include "core/file_io.h"
 
 namespace tevra {
 
 namespace {
-
-bool writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t n = ::write(fd, bytes.data(), bytes.size());
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return false;
-        }
-        bytes.remove_prefix(static_cast<size_t>(n));
-    }
-    return true;
-}
 
 // Makes the rename itself durable. Best effort: some file systems refuse
 // fsync on a directory, and the file is already complete either way.
