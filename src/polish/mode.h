@@ -9,8 +9,8 @@ namespace tevra {
 // switches the sign-off on, whatever its value.
 struct Mode {
     std::int64_t slot = 0;
-    std::string name;
-    std::string instructions;
+    std::string name{};
+    std::string instructions{};
     std::string outputLanguage{};  // empty, or a language code
     std::string signature{};
     bool isScreenshot = false;

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/pipeline_store.h"
+#include "core/serial_queue.h"
+#include "polish/mode.h"
+#include "polish/replacement.h"
+#include "polish/tone_profile.h"
+#include "store/activity.h"
+#include "store/history_row.h"
+#include "store/insights.h"
+#include "store/sqlite_statement.h"
+
+struct sqlite3;
+
+namespace tevra {
+
+struct HistoryStats {
+    int64_t dictations = 0;
+    int64_t words = 0;
+    int64_t avgLatencyMs = 0;
+
+    bool operator==(const HistoryStats&) const = default;
+};
+
+// The one database: dictation history, vocabulary, tones, voices and the
+// notetaker's sessions, in a single SQLite file in WAL mode.
+//
+// Only construction can fail. After that a write that fails is dropped and a
+// read that fails returns an empty result: the store is housekeeping, and the
+// caller always goes on. Every operation runs its database work synchronously
+// on one serial queue, so any thread may call any operation.
+class HistoryStore : public PipelineStore {
+public:
+    static constexpr int64_t maxHistoryRows = 10000;
+    static constexpr int64_t maxSessions = 2000;
+
+    // Seconds since the Unix epoch; decides which local day is "today".
+    using WallClock = std::function<double()>;
+
+    // Creates the parent directory, opens or creates the file, brings the
+    // schema up to date and makes the file and its WAL companions owner-only.
+    // Throws StoreOpenError when the file cannot be opened or is not a
+    // database, and the file-system error when the directory cannot be made.
+    explicit HistoryStore(const std::string& dbPath, WallClock wallClock = {});
+    ~HistoryStore() override;
+    HistoryStore(const HistoryStore&) = delete;
+    HistoryStore& operator=(const HistoryStore&) = delete;
+
+    // History. Each add keeps only the newest maxHistoryRows rows by ts.
+    void add(const HistoryRow& row) override;
+    std::vector<HistoryRow> recent(int64_t limit) const;  // newest first; negative: all
+    HistoryStats stats() const;
+
+    // Dictionary: exact phrases, each at most once.
+    void addDictionary(const std::string& phrase);
+    void deleteDictionary(const std::string& phrase);
+    std::vector<std::string> dictionary() const override;  // alphabetical
+
+    // Replacements, applied in the order they were added; one `from` may repeat.
+    void addReplacement(const std::string& from, const std::string& to, bool isRegex);
+    void deleteReplacement(const std::string& from);  // every rule with that `from`
+    std::vector<Replacement> replacements() const override;
+
+    // Snippets: one expansion per trigger, the last one added wins.
+    void addSnippet(const std::string& trigger, const std::string& expansion);
+    void deleteSnippet(const std::string& trigger);
+    std::vector<Snippet> snippets() const override;  // by trigger
+
+    // Tones. A pattern is unique across both match kinds: adding it again
+    // replaces the row whatever its kind.
+    void addToneProfile(const std::string& pattern, const std::string& tone,
+                        const std::string& matchKind);
+    void addToneProfile(const std::string& bundlePattern, const std::string& tone);  // "app"
+    void deleteToneProfile(const std::string& pattern, const std::string& matchKind);
+    void deleteToneProfile(const std::string& bundlePattern);
+    std::vector<ToneProfile> toneProfiles() const;  // by pattern
+
+    // Voices, one per slot.
+    void saveMode(const Mode& mode);
+    std::vector<Mode> modes() const;               // by slot, disabled ones included
+    std::optional<Mode> mode(int64_t slot) const;  // only an enabled mode
+    void resetModesToDefaults();
+    // A formal voice writing in `language`, on the lowest free slot.
+    Mode addFormalLanguageMode(const std::string& language);
+    // Removes a voice the user added; the built-in slots stay.
+    void deleteMode(int64_t slot);
+
+    // Fills each of modes, tones and dictionary with its defaults if it is empty.
+    void seedDefaultsIfEmpty();
+
+    // Insights, computed from the history on demand. Days are local calendar
+    // days in the process's time zone.
+    InsightsSummary insightsSummary() const;
+    std::vector<AppUsage> perAppUsage(int64_t limit) const;      // most words first
+    std::vector<DayActivity> dailyActivity(int64_t days) const;  // ending today, oldest first
+    ActivityStreaks activityStreaks() const;
+
+private:
+    using TextRow = std::vector<std::string>;
+
+    // Each runs on the queue; none reports a failure.
+    void exec(const std::string& sql) const;
+    // Binds, steps once and finalizes; false when the statement did not prepare.
+    bool insert(const std::string& sql, const std::vector<SqlValue>& args) const;
+    // Every row as `columns` texts, NULL as "".
+    std::vector<TextRow> rows(const std::string& sql, int columns) const;
+
+    Activity::DayCounts localDayCounts() const;
+    LocalDays::Day today() const;
+
+    mutable SerialQueue queue_{"weft.historystore"};
+    sqlite3* db_ = nullptr;
+    WallClock wallClock_;
+};
+
+}  // namespace tevra

@@ -1,0 +1,306 @@
+#include "store/history_store.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "core/pipeline.h"
+#include "polish/mode_defaults.h"
+#include "store/raw_database.h"
+#include "store/store_defaults.h"
+#include "support/recording_backends.h"
+#include "support/temp_dir.h"
+
+namespace tevra {
+namespace {
+
+using testing::RawDatabase;
+using testing::TempDir;
+
+class HistoryStoreTest : public ::testing::Test {
+protected:
+    TempDir dir;
+    const std::string path = (dir / "weft.sqlite").string();
+    HistoryStore store{path};
+};
+
+// ---- history ----
+
+TEST_F(HistoryStoreTest, RowsComeBackWholeNewestFirstByTimestamp) {
+    const HistoryRow full{.ts = 1700000000.25,
+                          .app = "org.kde.kate",
+                          .raw = "zażółć gęślą jaźń",
+                          .polished = "Zażółć gęślą jaźń.",
+                          .language = "pl",
+                          .durationMs = 2500,
+                          .sttMs = 310,
+                          .polishMs = 420,
+                          .insertMs = 15,
+                          .words = 3,
+                          .sttBackend = "groq",
+                          .polishBackend = "openai"};
+    store.add(full);
+    store.add(HistoryRow{.ts = 1600000000, .app = "older, added later"});
+    store.add(HistoryRow{.ts = 1800000000, .app = "newest", .language = std::nullopt});
+
+    const auto rows = store.recent(-1);
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows[0].app, "newest");
+    EXPECT_FALSE(rows[0].language) << "no language stays absent, not empty";
+    HistoryRow expected = full;
+    expected.id = 1;
+    EXPECT_EQ(rows[1], expected);
+    EXPECT_EQ(rows[2].app, "older, added later");
+    EXPECT_EQ(rows[2].id, 2);
+
+    EXPECT_EQ(store.recent(2).size(), 2u);
+    EXPECT_TRUE(store.recent(0).empty());
+}
+
+TEST_F(HistoryStoreTest, NullColumnsReadAsEmptyTextAndStatsTruncate) {
+    RawDatabase(path).exec(
+        "INSERT INTO history(ts,words,stt_ms,polish_ms,insert_ms) VALUES(5,4,100,0,0),"
+        "(6,6,101,0,0)");
+    const auto rows = store.recent(1);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].app, "");
+    EXPECT_EQ(rows[0].polished, "");
+    EXPECT_FALSE(rows[0].language);
+    EXPECT_EQ(store.stats(), (HistoryStats{.dictations = 2, .words = 10, .avgLatencyMs = 100}))
+        << "an average of 100.5 truncates";
+}
+
+TEST_F(HistoryStoreTest, TheTenThousandAndFirstRowEvictsTheOldestByTimestamp) {
+    {
+        // 9,999 rows in one go, ids 1..9999 with rising ts.
+        RawDatabase raw(path);
+        raw.exec(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i < 9999) "
+            "INSERT INTO history(ts,app) SELECT 1000 + i, 'bulk' FROM n");
+    }
+    // Row 10,000 has the highest id and the smallest ts.
+    store.add(HistoryRow{.ts = 1.0, .app = "late but old"});
+    EXPECT_EQ(store.stats().dictations, HistoryStore::maxHistoryRows);
+
+    store.add(HistoryRow{.ts = 1e6, .app = "newest"});
+    RawDatabase raw(path);
+    EXPECT_EQ(raw.value("SELECT COUNT(*) FROM history"), "10000");
+    EXPECT_EQ(raw.value("SELECT COUNT(*) FROM history WHERE app = 'late but old'"), "0");
+    EXPECT_EQ(raw.value("SELECT MIN(id) FROM history"), "1");
+    EXPECT_EQ(store.recent(1).at(0).app, "newest");
+
+    // A row older than everything kept is gone in its own add.
+    store.add(HistoryRow{.ts = 0.5, .app = "too old"});
+    EXPECT_EQ(raw.value("SELECT COUNT(*) FROM history WHERE app = 'too old'"), "0");
+    EXPECT_EQ(raw.value("SELECT COUNT(*) FROM history"), "10000");
+}
+
+TEST_F(HistoryStoreTest, ThePipelineWritesItsRowsHere) {
+    auto shared = std::make_shared<HistoryStore>((dir / "pipeline/weft.sqlite").string());
+    shared->addReplacement("teh", "the", false);
+    auto stt = testing::ScriptedTranscriber::returning("groq", "teh cat sat", "en");
+    Pipeline pipeline(std::make_shared<TranscriptionRouter>(
+                          std::vector<std::shared_ptr<const TranscriptionBackend>>{stt}),
+                      {}, shared, WeftSettings{});
+    std::vector<int16_t> speech(16000);
+    for (size_t i = 0; i < speech.size(); ++i) {
+        speech[i] = static_cast<int16_t>(i % 2 ? 2000 : -2000);
+    }
+    PolishContext context;
+    context.appName = "Firefox";
+    pipeline.process(speech, 16000, context);
+
+    const auto rows = shared->recent(12);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].app, "Firefox");
+    EXPECT_EQ(rows[0].raw, "teh cat sat");
+    EXPECT_EQ(rows[0].polished, "The cat sat") << "the rules used the stored replacement";
+    EXPECT_EQ(rows[0].polishBackend, "rules");
+}
+
+TEST_F(HistoryStoreTest, AnyThreadMayCallAnyOperation) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([this, t] {
+            for (int i = 0; i < 25; ++i) {
+                store.add(HistoryRow{.ts = t * 100.0 + i, .words = 1});
+                store.addDictionary("w" + std::to_string(t) + "-" + std::to_string(i));
+                (void)store.recent(12);
+                (void)store.insightsSummary();
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(store.stats().dictations, 100);
+    EXPECT_EQ(store.dictionary().size(), 100u);
+}
+
+// ---- vocabulary ----
+
+TEST_F(HistoryStoreTest, DictionaryKeepsOneOfEachExactPhraseInOrder) {
+    store.addDictionary("Kubernetes");
+    store.addDictionary("Kubernetes");
+    store.addDictionary("kubernetes");
+    store.addDictionary("Ärzte");
+    store.addDictionary(std::string("ab\0cd", 5));  // text ends at a NUL
+    EXPECT_EQ(store.dictionary(),
+              (std::vector<std::string>{"Kubernetes", "ab", "kubernetes", "Ärzte"}));
+    store.deleteDictionary("Kubernetes");
+    store.deleteDictionary("absent");
+    EXPECT_EQ(store.dictionary(), (std::vector<std::string>{"ab", "kubernetes", "Ärzte"}));
+}
+
+TEST_F(HistoryStoreTest, ReplacementsRepeatInInsertionOrderAndDeleteTogether) {
+    store.addReplacement("teh", "the", false);
+    store.addReplacement("(\\d+) pct", "$1%", true);
+    store.addReplacement("teh", "THE", false);
+    EXPECT_EQ(store.replacements(),
+              (std::vector<Replacement>{
+                  {"teh", "the", false}, {"(\\d+) pct", "$1%", true}, {"teh", "THE", false}}));
+    store.deleteReplacement("teh");
+    EXPECT_EQ(store.replacements(), (std::vector<Replacement>{{"(\\d+) pct", "$1%", true}}));
+}
+
+TEST_F(HistoryStoreTest, SnippetsAreOnePerTriggerSortedByTrigger) {
+    store.addSnippet("sig", "Best, Ann");
+    store.addSnippet("addr", "1 Main St");
+    store.addSnippet("sig", "Cheers, Ann");
+    EXPECT_EQ(store.snippets(),
+              (std::vector<Snippet>{{"addr", "1 Main St"}, {"sig", "Cheers, Ann"}}));
+    store.deleteSnippet("addr");
+    EXPECT_EQ(store.snippets(), (std::vector<Snippet>{{"sig", "Cheers, Ann"}}));
+}
+
+TEST_F(HistoryStoreTest, TonePatternsAreUniqueAcrossMatchKinds) {
+    store.seedDefaultsIfEmpty();
+    store.addToneProfile("gmail", "casual");  // replaces the seed row of kind "title"
+    store.addToneProfile("jira", "formal", "title");
+    RawDatabase(path).exec(
+        "INSERT INTO tone_profiles(bundle_pattern,tone,match_kind) VALUES('zed',"
+        "'plain',NULL)");
+
+    auto find = [&](const std::string& pattern) -> std::optional<ToneProfile> {
+        for (const auto& profile : store.toneProfiles()) {
+            if (profile.pattern == pattern) {
+                return profile;
+            }
+        }
+        return std::nullopt;
+    };
+    EXPECT_EQ(find("gmail"), (ToneProfile{"gmail", "casual", "app"}));
+    EXPECT_EQ(find("zed"), (ToneProfile{"zed", "plain", "app"})) << "NULL reads as app";
+    EXPECT_EQ(store.toneProfiles().size(), 9u);
+
+    store.deleteToneProfile("jira", "app");
+    EXPECT_TRUE(find("jira")) << "the kind must match";
+    store.deleteToneProfile("jira", "title");
+    EXPECT_FALSE(find("jira"));
+    store.deleteToneProfile("slack");
+    EXPECT_FALSE(find("slack"));
+
+    std::vector<std::string> patterns;
+    for (const auto& profile : store.toneProfiles()) {
+        patterns.push_back(profile.pattern);
+    }
+    EXPECT_TRUE(std::is_sorted(patterns.begin(), patterns.end()));
+}
+
+// ---- modes ----
+
+TEST_F(HistoryStoreTest, ModesRoundTripEveryFieldBySlot) {
+    const Mode custom{.slot = 9,
+                      .name = "Résumé — 日本語",
+                      .instructions = "Line one.\nLine \"two\".",
+                      .outputLanguage = "ja",
+                      .signature = "signs-off",
+                      .isScreenshot = true,
+                      .isCommand = true,
+                      .enabled = false};
+    store.saveMode(custom);
+    store.saveMode({.slot = -2, .name = "negative"});
+    store.saveMode({.slot = 3, .name = "three"});
+    store.saveMode({.slot = 3, .name = "three again", .enabled = true});
+
+    const auto modes = store.modes();
+    ASSERT_EQ(modes.size(), 3u);
+    EXPECT_EQ(modes[0].slot, -2);
+    EXPECT_EQ(modes[1].name, "three again");
+    EXPECT_EQ(modes[2], custom);
+}
+
+TEST_F(HistoryStoreTest, DisabledModesAreNotFoundAndBuiltInSlotsSurviveDeletion) {
+    store.resetModesToDefaults();
+    Mode email = store.mode(2).value();
+    email.enabled = false;
+    store.saveMode(email);
+
+    EXPECT_FALSE(store.mode(2));
+    store.deleteMode(2);
+    EXPECT_EQ(store.modes().size(), 6u);
+    EXPECT_EQ(store.modes()[2], email);
+
+    store.saveMode({.slot = 6, .name = "Mine"});
+    store.deleteMode(6);
+    EXPECT_FALSE(store.mode(6));
+    EXPECT_EQ(store.modes().size(), 6u);
+
+    store.saveMode({.slot = 0, .name = "edited"});
+    store.resetModesToDefaults();
+    EXPECT_EQ(store.modes(), ModeDefaults::seed());
+}
+
+TEST_F(HistoryStoreTest, FormalLanguageModesTakeTheLowestFreeSlot) {
+    store.resetModesToDefaults();
+    const Mode german = store.addFormalLanguageMode("de");
+    EXPECT_EQ(german, (Mode{.slot = 6,
+                            .name = "Formal message — de",
+                            .instructions = std::string(ModeDefaults::formalInstructions),
+                            .outputLanguage = "de",
+                            .signature = "signs-off"}));
+    EXPECT_EQ(store.mode(6), german);
+
+    store.saveMode({.slot = 7, .name = "seven", .enabled = false});
+    store.addFormalLanguageMode("fr");  // 8: the disabled 7 still holds its slot
+    store.deleteMode(6);
+    EXPECT_EQ(store.addFormalLanguageMode("it").slot, 6);
+    EXPECT_EQ(store.addFormalLanguageMode("es").slot, 9);
+}
+
+// ---- seeding ----
+
+TEST_F(HistoryStoreTest, SeedingFillsOnlyTablesThatAreEmpty) {
+    store.seedDefaultsIfEmpty();
+    EXPECT_EQ(store.modes(), ModeDefaults::seed());
+    EXPECT_EQ(store.dictionary().size(), 5u);
+    EXPECT_EQ(store.toneProfiles(), (std::vector<ToneProfile>{{"gmail", "formal", "title"},
+                                                              {"iterm", "plain", "app"},
+                                                              {"mail", "formal", "app"},
+                                                              {"slack", "casual", "app"},
+                                                              {"telegram", "casual", "app"},
+                                                              {"terminal", "plain", "app"},
+                                                              {"whatsapp", "casual", "app"}}));
+
+    // The user's edits stand at the next start...
+    store.deleteToneProfile("slack");
+    for (const auto& phrase : store.dictionary()) {
+        store.deleteDictionary(phrase);
+    }
+    store.addDictionary("mine");
+    store.saveMode({.slot = 0, .name = "My dictation"});
+    store.seedDefaultsIfEmpty();
+    EXPECT_EQ(store.toneProfiles().size(), 6u);
+    EXPECT_EQ(store.dictionary(), std::vector<std::string>{"mine"});
+    EXPECT_EQ(store.mode(0)->name, "My dictation");
+
+    // ...and a table the user emptied gets its defaults back, alone.
+    RawDatabase(path).exec("DELETE FROM modes");
+    store.seedDefaultsIfEmpty();
+    EXPECT_EQ(store.modes(), ModeDefaults::seed());
+    EXPECT_EQ(store.toneProfiles().size(), 6u);
+    EXPECT_EQ(store.dictionary(), std::vector<std::string>{"mine"});
+}
+
+}  // namespace
+}  // namespace tevra
