@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace tevra {
+
+// The desktop's keyboard as the hotkey monitors see it: key events from
+// anywhere on the desktop and exclusive grabs of single keys. The platform
+// layer reads the display on a thread of its own and posts every event to the
+// main queue, so a monitor sees its events in order on the main thread.
+// Keys are named by X key symbols (capture/key_symbols.h).
+class DesktopKeyboard {
+public:
+    enum class Modifiers {
+        none,
+        alt,
+        talkKey,  // whatever modifier the talk key itself sets, if any
+    };
+
+    struct Event {
+        enum class Kind { talkKeyDown, talkKeyUp, keyDown, keyUp };
+        Kind kind = Kind::keyDown;
+        uint32_t keysym = 0;
+        // A key-down made by the keyboard's auto-repeat while the key stays down.
+        bool repeat = false;
+
+        friend bool operator==(const Event&, const Event&) = default;
+    };
+    using EventHandler = std::function<void(const Event&)>;
+
+    virtual ~DesktopKeyboard() = default;
+
+    // Connects to the desktop; from now until close() events go to onEvent on
+    // the main queue. False when there is no desktop to connect to.
+    virtual bool open(EventHandler onEvent) = 0;
+    // The keyboard can be watched without taking keys from the applications.
+    virtual bool inputControlAvailable() = 0;
+    // Reports the talk key's presses and releases without ever taking them
+    // from the applications, and while it is down holds chordKeys, so that
+    // their presses and releases come here instead. False when the talk key
+    // cannot be watched.
+    virtual bool watchTalkKey(const std::vector<uint32_t>& chordKeys) = 0;
+    // Takes a key from the applications: its presses and releases come here.
+    // False when another program holds it.
+    virtual bool grab(uint32_t keysym, Modifiers modifiers) = 0;
+    virtual void ungrab(uint32_t keysym, Modifiers modifiers) = 0;
+    // Gives every key back and ends the events. Safe to call more than once.
+    virtual void close() = 0;
+};
+
+}  // namespace tevra
