@@ -19,7 +19,7 @@ build-ci: deps
 run: build-release
 	@./build/release/src/tevra
 
-# Tests run inside the private services of scripts/test-env (session bus, keyring).
+# Tests run inside the private services of scripts/test-env (session bus, keyring, X display).
 test: build-ci
 	@scripts/test-env ctest --preset ci -j $(JOBS)
 

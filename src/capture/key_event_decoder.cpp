@@ -20,6 +20,9 @@ std::optional<DesktopKeyboard::Event> KeyEventDecoder::observed(uint8_t keycode,
 
 DesktopKeyboard::Event KeyEventDecoder::taken(uint8_t keycode, bool press) {
     using Kind = DesktopKeyboard::Event::Kind;
+    if (keycode == talkKey_) {
+        return *observed(keycode, press);
+    }
     const bool repeat = press && down_.test(keycode);
     down_.set(keycode, press);
     return {press ? Kind::keyDown : Kind::keyUp, keysyms_[keycode], repeat};

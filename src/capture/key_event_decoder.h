@@ -23,8 +23,10 @@ public:
     // A press or release seen anywhere on the desktop, whoever receives it.
     // Only the talk key's make an event.
     std::optional<DesktopKeyboard::Event> observed(uint8_t keycode, bool press);
-    // A press or release of a key the desktop gave to Tevra. A press of a key
-    // that is already down is the keyboard's auto-repeat.
+    // A press or release the desktop gave to Tevra: a grabbed key, or any key
+    // while a grabbed key is down, the talk key included (the desktop then
+    // sends it here instead of reporting it everywhere). A press of a key that
+    // is already down is the keyboard's auto-repeat.
     DesktopKeyboard::Event taken(uint8_t keycode, bool press);
 
     bool isTalkKeyDown() const { return talkKeyDown_; }

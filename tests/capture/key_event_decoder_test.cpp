@@ -63,5 +63,16 @@ TEST(KeyEventDecoder, APressOfAKeyAlreadyDownIsAutoRepeat) {
     EXPECT_FALSE(decoder.taken(oneCode, true).repeat);
 }
 
+TEST(KeyEventDecoder, TheTalkKeyArrivingThroughAGrabIsStillTheTalkKey) {
+    KeyEventDecoder decoder;
+    decoder.setKeysym(controlRCode, controlR);
+    decoder.setTalkKey(controlRCode);
+    EXPECT_EQ(decoder.observed(controlRCode, true), (Event{Kind::talkKeyDown, controlR, false}));
+    // While a chord key is held the release comes through its grab.
+    EXPECT_EQ(decoder.taken(controlRCode, false), (Event{Kind::talkKeyUp, controlR, false}));
+    EXPECT_FALSE(decoder.isTalkKeyDown());
+    EXPECT_EQ(decoder.taken(controlRCode, true), (Event{Kind::talkKeyDown, controlR, false}));
+}
+
 }  // namespace
 }  // namespace tevra

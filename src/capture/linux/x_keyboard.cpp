@@ -182,11 +182,11 @@ void XKeyboard::onXEvent(Display* display, XEvent& event) {
             onRawKey(display, event.xcookie);
             break;
         case KeyPress:
-            post(decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), true));
+            deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), true));
             break;
         case KeyRelease:
             if (!isRepeatedRelease(display, event.xkey)) {
-                post(decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), false));
+                deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), false));
             }
             break;
         case MappingNotify:
@@ -206,15 +206,20 @@ void XKeyboard::onRawKey(Display* display, XGenericEventCookie& cookie) {
         const auto* raw = static_cast<const XIRawEvent*>(cookie.data);
         const bool press = cookie.evtype == XI_RawKeyPress;
         if (auto event = decoder_.observed(static_cast<uint8_t>(raw->detail), press)) {
-            if (!event->repeat) {
-                // Before the event goes out, so that a chord key struck right
-                // after the talk key is already held.
-                holdChordKeys(display, press);
-            }
-            post(*event);
+            deliver(display, *event);
         }
     }
     XFreeEventData(display, &cookie);
+}
+
+void XKeyboard::deliver(Display* display, const Event& event) {
+    using Kind = Event::Kind;
+    if ((event.kind == Kind::talkKeyDown || event.kind == Kind::talkKeyUp) && !event.repeat) {
+        // Before the event goes out, so that a chord key struck right after
+        // the talk key is already held.
+        holdChordKeys(display, event.kind == Kind::talkKeyDown);
+    }
+    post(event);
 }
 
 bool XKeyboard::isRepeatedRelease(Display* display, const XKeyEvent& release) {

@@ -17,7 +17,9 @@ namespace tevra {
 
 // The desktop keyboard of an X11 session. The talk key is watched through
 // XInput2 raw events on the root window, which every client may receive and
-// none can take, so the talk key always reaches the applications. Keys are
+// none can take, so the talk key always reaches the applications. (While one
+// of Tevra's own grabs is active the server sends Tevra every key through the
+// grab instead, the talk key included, and no raw events.) Keys are
 // taken with passive grabs (XGrabKey) on the root window: the chord keys only
 // while the talk key is down, with the talk key's own modifier; the other
 // keys with their modifier, each also with CapsLock and NumLock on. A key
@@ -47,6 +49,7 @@ private:
     // Everything below runs on the display's thread.
     void onXEvent(Display* display, XEvent& event);
     void onRawKey(Display* display, XGenericEventCookie& cookie);
+    void deliver(Display* display, const Event& event);
     bool isRepeatedRelease(Display* display, const XKeyEvent& release);
     void readKeymap(Display* display);
     void holdChordKeys(Display* display, bool hold);
