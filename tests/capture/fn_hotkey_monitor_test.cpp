@@ -9,6 +9,7 @@
 #include "capture/key_symbols.h"
 #include "core/virtual_main_queue.h"
 #include "support/recording_desktop_keyboard.h"
+#include "support/recording_hotkey_calls.h"
 
 namespace tevra {
 namespace {
@@ -24,32 +25,16 @@ constexpr uint32_t keyQ = 0x71;
 const uint32_t key1 = KeySyms::digit(1);
 const uint32_t key2 = KeySyms::digit(2);
 
-// Drives the monitor as the desktop would, with callbacks that behave like the
-// orchestrator: a start begins a capture, a finish or a cancel ends it.
+// Drives the monitor as the desktop would, with the orchestrator's callbacks.
 class FnHotkeyMonitorTest : public ::testing::Test {
 protected:
     FnHotkeyMonitorTest() {
         auto owned = std::make_unique<RecordingDesktopKeyboard>();
         keyboard = owned.get();
         monitor = std::make_shared<FnHotkeyMonitor>(queue, std::move(owned));
-        monitor->isCapturing = [this] { return capturing; };
-        monitor->onSlotStart = [this](int slot) { record("start " + std::to_string(slot), true); };
-        monitor->onSlotFinish = [this] { record("finish", false); };
-        monitor->onCancel = [this] { record("cancel", false); };
-        monitor->onDictateTranslateStart = [this] { record("translate start", true); };
-        monitor->onDictateTranslateFinish = [this] { record("translate finish", false); };
-        monitor->onSelectTool = [this] { calls.push_back("select"); };
-        monitor->onTranslateSelection = [this] { calls.push_back("translate selection"); };
-        monitor->onTranslateClipboard = [this] { calls.push_back("translate clipboard"); };
-        monitor->onClipStack = [this] { calls.push_back("clip stack"); };
-        monitor->onClipPaste = [this] { calls.push_back("clip paste"); };
-        monitor->onClipMode = [this] { calls.push_back("clip mode"); };
+        recorder.wire(*monitor);
     }
 
-    void record(std::string call, bool nowCapturing) {
-        calls.push_back(std::move(call));
-        capturing = nowCapturing;
-    }
     void started() { ASSERT_EQ(monitor->start(), "fn-tap"); }
     Verdict talk(bool down) {
         return monitor->handle({down ? Kind::talkKeyDown : Kind::talkKeyUp, controlR});
@@ -59,30 +44,21 @@ protected:
     }
     Verdict release(uint32_t keysym) { return monitor->handle({Kind::keyUp, keysym}); }
     // What the callbacks said since the last look.
-    Calls said() { return std::exchange(calls, {}); }
+    Calls said() { return recorder.take(); }
 
     VirtualMainQueue queue;
     RecordingDesktopKeyboard* keyboard = nullptr;
     std::shared_ptr<FnHotkeyMonitor> monitor;
-    bool capturing = false;
-    Calls calls;
+    testing::RecordingHotkeyCalls recorder;
+    bool& capturing = recorder.capturing;
 };
 
-TEST_F(FnHotkeyMonitorTest, StartWatchesTheTalkKeyWithTheTwelveChordKeysAndGrabsNothingYet) {
+TEST_F(FnHotkeyMonitorTest, StartWatchesTheTalkKeyWithTheTwelveChordKeysOrFails) {
     started();
-    EXPECT_TRUE(keyboard->watchingTalkKey);
     const std::vector<uint32_t> chords = {'1', '2', '3', '4', '5', '6',
                                           '7', '8', '9', '0', '.', ','};
     EXPECT_EQ(keyboard->watchedChordKeys, chords);
-    EXPECT_TRUE(keyboard->grabs.empty());
-
-    monitor->stop();
-    EXPECT_FALSE(keyboard->isOpen);
-}
-
-TEST_F(FnHotkeyMonitorTest, StartFailsWithoutADesktopOrWithoutInputControl) {
-    keyboard->opens = false;
-    EXPECT_EQ(monitor->start(), std::nullopt);
+    EXPECT_TRUE(keyboard->grabs.empty()) << "nothing is taken before the talk key goes down";
 
     auto other = std::make_unique<RecordingDesktopKeyboard>();
     other->inputControl = false;
@@ -92,23 +68,17 @@ TEST_F(FnHotkeyMonitorTest, StartFailsWithoutADesktopOrWithoutInputControl) {
     EXPECT_FALSE(otherKeyboard->isOpen) << "a monitor that cannot run lets go of the display";
 }
 
-TEST_F(FnHotkeyMonitorTest, TapStartsOnReleaseAndTheNextTapFinishes) {
+TEST_F(FnHotkeyMonitorTest, TapTogglesAndHoldStartsWithTheLeaderAndFinishesOnALateRelease) {
     started();
     EXPECT_EQ(talk(true), Verdict::pass);
     queue.advance(0.1);
     EXPECT_EQ(talk(false), Verdict::pass) << "the talk key always reaches the application";
-    EXPECT_EQ(said(), Calls{"start 0"});
-    queue.advance(5);
-    EXPECT_EQ(said(), Calls{}) << "the leader was cancelled at the release";
-
     talk(true);
     queue.advance(0.1);
     talk(false);
-    EXPECT_EQ(said(), Calls{"finish"});
-}
+    queue.advance(5);
+    EXPECT_EQ(said(), (Calls{"start 0", "finish"})) << "the leader was cancelled at each release";
 
-TEST_F(FnHotkeyMonitorTest, HoldStartsWhenTheLeaderRunsOutAndFinishesOnALateRelease) {
-    started();
     talk(true);
     EXPECT_TRUE(monitor->isLeaderArmed());
     queue.advance(0.2);
@@ -164,7 +134,7 @@ TEST_F(FnHotkeyMonitorTest, ChordKeyReleasedAfterTheTalkKeyIsStillSwallowed) {
     EXPECT_EQ(release(key1), Verdict::pass) << "one release per swallowed press";
 }
 
-TEST_F(FnHotkeyMonitorTest, MomentaryChordsFireOnceAtThePress) {
+TEST_F(FnHotkeyMonitorTest, MomentaryChordsFireOnceAtThePressAndTranslateStartsLikeASlot) {
     started();
     const std::vector<std::pair<uint32_t, std::string>> momentary = {
         {KeySyms::digit(6), "select"},
@@ -192,11 +162,10 @@ TEST_F(FnHotkeyMonitorTest, MomentaryChordsFireOnceAtThePress) {
     talk(false);
     talk(true);
     press(KeySyms::digit(6));
+    talk(false);
     EXPECT_EQ(said(), (Calls{"start 0", "finish"}));
-}
 
-TEST_F(FnHotkeyMonitorTest, TranslatingChordStartsLikeASlotAndFinishesThroughSlotFinish) {
-    started();
+    // The translating chord's finish comes through the one finish callback.
     talk(true);
     press(KeySyms::digit(9));
     queue.advance(0.5);

@@ -9,6 +9,7 @@
 
 #include "core/virtual_main_queue.h"
 #include "support/recording_desktop_keyboard.h"
+#include "support/recording_hotkey_calls.h"
 
 namespace tevra {
 namespace {
@@ -32,26 +33,13 @@ protected:
         auto monitor = std::make_shared<HotkeyMonitor>(
             queue, std::move(owned), slotCount,
             [this](const std::string& line) { log.push_back(line); });
-        monitor->isCapturing = [this] { return capturing; };
-        monitor->onSlotStart = [this](int slot) { record("start " + std::to_string(slot), true); };
-        monitor->onSlotFinish = [this] { record("finish", false); };
-        monitor->onCancel = [this] { record("cancel", false); };
-        monitor->onDictateTranslateStart = [this] { record("translate start", true); };
-        monitor->onDictateTranslateFinish = [this] { record("translate finish", false); };
-        monitor->onSelectTool = [this] { calls.push_back("select"); };
-        monitor->onTranslateSelection = [this] { calls.push_back("translate selection"); };
-        monitor->onTranslateClipboard = [this] { calls.push_back("translate clipboard"); };
-        monitor->onClipStack = [this] { calls.push_back("clip stack"); };
+        recorder.wire(*monitor);
         return monitor;
     }
     std::shared_ptr<HotkeyMonitor> started(int slotCount) {
         auto monitor = make(slotCount);
         EXPECT_EQ(monitor->start(), "hotkey");
         return monitor;
-    }
-    void record(std::string call, bool nowCapturing) {
-        calls.push_back(std::move(call));
-        capturing = nowCapturing;
     }
     void press(uint32_t keysym, bool repeat = false) {
         keyboard->deliver({Kind::keyDown, keysym, repeat});
@@ -62,12 +50,12 @@ protected:
         queue.advance(heldFor);
         release(keysym);
     }
-    Calls said() { return std::exchange(calls, {}); }
+    Calls said() { return recorder.take(); }
 
     VirtualMainQueue queue;
     RecordingDesktopKeyboard* keyboard = nullptr;
-    bool capturing = false;
-    Calls calls;
+    testing::RecordingHotkeyCalls recorder;
+    bool& capturing = recorder.capturing;
     std::vector<std::string> log;
 };
 
@@ -85,15 +73,13 @@ TEST_F(HotkeyMonitorTest, RegistersTheSlotKeysAndTheFixedKeysWithAltAndLogsThem)
     monitor->stop();
     EXPECT_TRUE(keyboard->grabs.empty());
     EXPECT_FALSE(keyboard->isOpen);
-}
 
-TEST_F(HotkeyMonitorTest, SlotCountIsClampedToOneToSix) {
+    // The slot count is clamped to 1..6.
     auto none = make(0);
     none->start();
     EXPECT_EQ(none->slotCount(), 1);
     EXPECT_TRUE(keyboard->holds(digit(1), Modifiers::alt));
     EXPECT_FALSE(keyboard->holds(digit(2), Modifiers::alt));
-
     auto many = make(9);
     many->start();
     EXPECT_EQ(many->slotCount(), 6);
@@ -197,16 +183,14 @@ TEST_F(HotkeyMonitorTest, EscIsTakenOnlyDuringACaptureAndCancelsIt) {
     EXPECT_FALSE(keyboard->holds(KeySyms::escape, Modifiers::none));
     press(KeySyms::escape);
     EXPECT_EQ(said(), Calls{});
-}
 
-TEST_F(HotkeyMonitorTest, EscHeldByAnotherProgramIsNoError) {
-    auto monitor = make(1, {{KeySyms::escape, Modifiers::none}});
-    monitor->start();
-    monitor->enableCancelKey();
+    // Esc held by another program is no error; the capture ends by its key.
+    auto second = make(1, {{KeySyms::escape, Modifiers::none}});
+    second->start();
+    second->enableCancelKey();
     press(KeySyms::escape);
-    monitor->disableCancelKey();
+    second->disableCancelKey();
     EXPECT_EQ(said(), Calls{});
-    EXPECT_EQ(keyboard->grabAsks.back(), (Grab{KeySyms::escape, Modifiers::none}));
 }
 
 }  // namespace

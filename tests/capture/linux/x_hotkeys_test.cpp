@@ -13,6 +13,7 @@
 #include "capture/linux/x_keyboard.h"
 #include "capture/linux/x_test_client.h"
 #include "core/virtual_main_queue.h"
+#include "support/recording_hotkey_calls.h"
 
 namespace tevra {
 namespace {
@@ -41,28 +42,15 @@ protected:
     std::unique_ptr<XKeyboard> keyboard(std::string talkKey = "Control_R") {
         return std::make_unique<XKeyboard>(queue, std::move(talkKey), logger());
     }
-    // Callbacks that behave like the orchestrator: a start begins a capture,
-    // a finish or a cancel ends it.
-    void wire(HotkeyBackend& backend) {
-        backend.isCapturing = [this] { return capturing; };
-        backend.onSlotStart = [this](int slot) { record("start " + std::to_string(slot), true); };
-        backend.onSlotFinish = [this] { record("finish", false); };
-        backend.onCancel = [this] { record("cancel", false); };
-        backend.onSelectTool = [this] { calls.push_back("select"); };
-    }
     std::shared_ptr<FnHotkeyMonitor> fnMonitor() {
         auto monitor = std::make_shared<FnHotkeyMonitor>(queue, keyboard());
-        wire(*monitor);
+        recorder.wire(*monitor);
         return monitor;
     }
     std::shared_ptr<HotkeyMonitor> altMonitor(int slotCount) {
         auto monitor = std::make_shared<HotkeyMonitor>(queue, keyboard(), slotCount, logger());
-        wire(*monitor);
+        recorder.wire(*monitor);
         return monitor;
-    }
-    void record(std::string call, bool nowCapturing) {
-        calls.push_back(std::move(call));
-        capturing = nowCapturing;
     }
     bool said(size_t count) {
         return waitUntil(queue, [&] { return calls.size() >= count; });
@@ -76,14 +64,17 @@ protected:
 
     VirtualMainQueue queue;
     XTestClient window;
-    bool capturing = false;
-    Calls calls;
+    testing::RecordingHotkeyCalls recorder;
+    Calls& calls = recorder.calls;
     std::vector<std::string> log;
 };
 
 TEST_F(XHotkeysTest, TalkKeyTapAndHoldReachTheCallbacksAndTheKeyStillReachesTheWindow) {
-    auto monitor = fnMonitor();
+    // An unknown talk key name falls back to the default.
+    auto monitor = std::make_shared<FnHotkeyMonitor>(queue, keyboard("NoSuchKey"));
+    recorder.wire(*monitor);
     ASSERT_EQ(monitor->start(), "fn-tap");
+    EXPECT_TRUE(logged("talk key \"NoSuchKey\" is not a key here — using Control_R"));
 
     // A tap starts a capture at the release.
     ASSERT_TRUE(xdotool("keydown Control_R"));
@@ -140,6 +131,19 @@ TEST_F(XHotkeysTest, ChordsGoToTevraWhileTypingWithTheTalkKeyUpReachesTheWindow)
     EXPECT_EQ(window.presses(XK_1), 1);
     EXPECT_EQ(window.presses(XK_comma), 1);
     EXPECT_EQ(calls.size(), 2u);
+
+    // Esc is taken only while a capture runs.
+    ASSERT_TRUE(xdotool("key Control_R"));
+    ASSERT_TRUE(said(3));
+    monitor->enableCancelKey();
+    ASSERT_TRUE(xdotool("key Escape"));
+    ASSERT_TRUE(said(4));
+    EXPECT_EQ(calls.back(), "cancel");
+    monitor->disableCancelKey();
+    ASSERT_TRUE(xdotool("key Escape"));
+    ASSERT_TRUE(window.waitForPress(XK_Escape));
+    EXPECT_EQ(window.presses(XK_Escape), 1);
+    EXPECT_EQ(calls.size(), 4u);
     monitor->stop();
 }
 
@@ -163,27 +167,6 @@ TEST_F(XHotkeysTest, AChordKeyReleasedAfterTheTalkKeyIsSwallowedWithItsPress) {
     EXPECT_EQ(window.presses(XK_3), 0);
     EXPECT_EQ(window.releases(XK_3), 0);
     EXPECT_FALSE(monitor->gestureMachine().isFnHeld());
-    monitor->stop();
-}
-
-TEST_F(XHotkeysTest, EscIsTakenDuringACaptureOnly) {
-    auto monitor = fnMonitor();
-    ASSERT_EQ(monitor->start(), "fn-tap");
-    ASSERT_TRUE(xdotool("keydown Control_R"));
-    ASSERT_TRUE(talkKeyHeld(*monitor, true));
-    ASSERT_TRUE(xdotool("keyup Control_R"));
-    ASSERT_TRUE(said(1));
-
-    monitor->enableCancelKey();
-    ASSERT_TRUE(xdotool("key Escape"));
-    ASSERT_TRUE(said(2));
-    EXPECT_EQ(calls, (Calls{"start 0", "cancel"}));
-    monitor->disableCancelKey();
-
-    ASSERT_TRUE(xdotool("key Escape"));
-    ASSERT_TRUE(window.waitForPress(XK_Escape));
-    EXPECT_EQ(window.presses(XK_Escape), 1);
-    EXPECT_EQ(calls.size(), 2u);
     monitor->stop();
 }
 
@@ -245,16 +228,6 @@ TEST_F(XHotkeysTest, AHeldKeyIsOnePressAndOneReleaseWhateverTheAutoRepeat) {
         EXPECT_TRUE(events[i].repeat);
     }
     board->close();
-}
-
-TEST_F(XHotkeysTest, AnUnknownTalkKeyFallsBackToControlR) {
-    auto monitor = std::make_shared<FnHotkeyMonitor>(queue, keyboard("NoSuchKey"));
-    wire(*monitor);
-    ASSERT_EQ(monitor->start(), "fn-tap");
-    EXPECT_TRUE(logged("talk key \"NoSuchKey\" is not a key here — using Control_R"));
-    ASSERT_TRUE(xdotool("keydown Control_R"));
-    EXPECT_TRUE(talkKeyHeld(*monitor, true));
-    monitor->stop();
 }
 
 TEST(XHotkeysWithoutDisplay, StartFailsAndSaysWhy) {
