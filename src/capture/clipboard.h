@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace tevra {
+
+// One clipboard item: every format it offers, as (MIME type, bytes), in the
+// order the owner listed them.
+struct ClipboardItem {
+    std::vector<std::pair<std::string, std::string>> formats;
+
+    bool operator==(const ClipboardItem&) const = default;
+};
+
+// Everything the clipboard held at one moment; empty when it held nothing.
+using ClipboardSnapshot = std::vector<ClipboardItem>;
+
+// The system clipboard, as the inserter and the clipboard tools see it.
+class Clipboard {
+public:
+    virtual ~Clipboard() = default;
+
+    // Every item with every format whose data can be read; a format that gives
+    // no data is left out.
+    virtual ClipboardSnapshot snapshot() = 0;
+    // Replaces the whole clipboard by one plain-text item. A transient text is
+    // marked so that clipboard managers do not keep it in their history.
+    virtual void setText(std::string_view text, bool transient) = 0;
+    // Replaces the whole clipboard by the snapshot's items.
+    virtual void restore(const ClipboardSnapshot& snapshot) = 0;
+    // The plain text on the clipboard, if it has any.
+    virtual std::optional<std::string> text() = 0;
+    // Grows by at least one whenever the clipboard's contents change, by this
+    // program or another.
+    virtual std::int64_t changeCount() = 0;
+};
+
+}  // namespace tevra

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+namespace tevra {
+
+// One synthetic key event: a hardware key code going down or up.
+struct KeyStroke {
+    unsigned keycode = 0;
+    bool down = false;
+
+    bool operator==(const KeyStroke&) const = default;
+};
+
+using KeySequence = std::vector<KeyStroke>;
+
+// Synthetic keyboard input into whichever application has the focus.
+class KeyInjector {
+public:
+    virtual ~KeyInjector() = default;
+
+    // Whether this program may post input to other applications at all.
+    virtual bool isAvailable() = 0;
+    // The events of the paste chord for the focused application, or nullopt
+    // when they cannot be made.
+    virtual std::optional<KeySequence> pasteSequence() = 0;
+    // Posts the events in order.
+    virtual void post(const KeySequence& events) = 0;
+};
+
+}  // namespace tevra
