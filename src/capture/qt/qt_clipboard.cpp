@@ -1,0 +1,93 @@
+#include "capture/qt/qt_clipboard.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QString>
+
+namespace tevra {
+namespace {
+
+// Formats that Qt lists but that are no data of the owner's: the selection
+// protocol's own targets, and the image that Qt derives from the owner's image
+// formats. Restored, they would be served as data.
+bool isDerivedFormat(const QString& format) {
+    static const QStringList derived = {
+        "TARGETS", "TIMESTAMP",        "MULTIPLE",        "SAVE_TARGETS",
+        "DELETE",  "INSERT_SELECTION", "INSERT_PROPERTY", "application/x-qt-image"};
+    return derived.contains(format);
+}
+
+}  // namespace
+
+QtClipboard::QtClipboard()
+    : clipboard_(QGuiApplication::clipboard()),
+      changes_(std::make_shared<std::atomic<std::int64_t>>(0)) {
+    // Qt hears of other owners through XFixes selection events, and of its own
+    // changes directly: both arrive here.
+    watch_ = QObject::connect(clipboard_, &QClipboard::dataChanged,
+                              [changes = changes_] { ++*changes; });
+}
+
+QtClipboard::~QtClipboard() {
+    QObject::disconnect(watch_);
+}
+
+ClipboardSnapshot QtClipboard::snapshot() {
+    const QMimeData* data = clipboard_->mimeData(QClipboard::Clipboard);
+    if (!data) {
+        return {};
+    }
+    ClipboardItem item;
+    for (const QString& format : data->formats()) {
+        if (isDerivedFormat(format)) {
+            continue;
+        }
+        const QByteArray bytes = data->data(format);
+        // A format whose owner gives no data is left out; the others survive.
+        if (bytes.isEmpty()) {
+            continue;
+        }
+        item.formats.emplace_back(format.toStdString(), bytes.toStdString());
+    }
+    if (item.formats.empty()) {
+        return {};
+    }
+    return {std::move(item)};
+}
+
+void QtClipboard::setText(std::string_view text, bool transient) {
+    auto* data = new QMimeData;
+    data->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    if (transient) {
+        data->setData(passwordManagerHint, "secret");
+    }
+    clipboard_->setMimeData(data, QClipboard::Clipboard);
+}
+
+void QtClipboard::restore(const ClipboardSnapshot& snapshot) {
+    auto* data = new QMimeData;
+    for (const ClipboardItem& item : snapshot) {
+        for (const auto& [type, bytes] : item.formats) {
+            const QString format = QString::fromStdString(type);
+            if (!data->hasFormat(format)) {
+                data->setData(format, QByteArray::fromStdString(bytes));
+            }
+        }
+    }
+    clipboard_->setMimeData(data, QClipboard::Clipboard);
+}
+
+std::optional<std::string> QtClipboard::text() {
+    const QMimeData* data = clipboard_->mimeData(QClipboard::Clipboard);
+    if (!data || !data->hasText()) {
+        return std::nullopt;
+    }
+    return data->text().toStdString();
+}
+
+std::int64_t QtClipboard::changeCount() {
+    return *changes_;
+}
+
+}  // namespace tevra
