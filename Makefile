@@ -19,7 +19,8 @@ build-ci: deps
 run: build-release
 	@./build/release/src/tevra
 
-# Tests run inside the private services of scripts/test-env (session bus, keyring, X display).
+# Tests run inside the private services of scripts/test-env (session bus, keyring, X display
+# with a window manager, the accessibility bus).
 test: build-ci
 	@scripts/test-env ctest --preset ci -j $(JOBS)
 

@@ -23,8 +23,9 @@ public:
     virtual std::optional<FrontApplication> frontApplication() = 0;
     // Whether the focused element and the window title may be read at all.
     virtual bool canReadFocus() = 0;
-    // The text of the application's focused element as it stands, nullopt when
-    // the element holds no text (a button, a slider) or is a password field.
+    // The text of the application's focused element, nullopt when the element
+    // holds no text (a button, a slider) or is a password field. A long text
+    // may come cut to a tail of some thousands of characters.
     virtual std::optional<std::string> focusedText(const FrontApplication& app) = 0;
     virtual std::optional<std::string> windowTitle(const FrontApplication& app) = 0;
 };

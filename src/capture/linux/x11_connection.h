@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+typedef struct _XDisplay Display;
+
+namespace tevra {
+
+// One Xlib connection to the display, with the window queries that the
+// capture seams share. X errors (a window that vanished between two calls) are
+// never fatal: the call that met one gives no value. Main thread only.
+class X11Connection {
+public:
+    using Window = unsigned long;
+
+    struct ClassHint {
+        std::string instance;
+        std::string className;
+    };
+
+    // nullptr when no display can be opened ($DISPLAY unset or unreachable).
+    static std::shared_ptr<X11Connection> open(const char* displayName = nullptr);
+    ~X11Connection();
+    X11Connection(const X11Connection&) = delete;
+    X11Connection& operator=(const X11Connection&) = delete;
+
+    Display* display() const { return display_; }
+    Window root() const;
+    bool hasExtension(const char* name) const;
+
+    // The window that the window manager calls active, or else the top-level
+    // window holding the input focus; 0 when there is none.
+    Window activeWindow() const;
+    std::optional<ClassHint> classHint(Window window) const;
+    // _NET_WM_NAME, or WM_NAME for clients that set only that.
+    std::optional<std::string> title(Window window) const;
+    // _NET_WM_PID; 0 when the client does not say.
+    std::int64_t pid(Window window) const;
+
+private:
+    explicit X11Connection(Display* display) : display_(display) {}
+    Window topLevelOf(Window window) const;
+
+    Display* display_;
+};
+
+}  // namespace tevra

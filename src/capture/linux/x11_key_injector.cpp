@@ -1,0 +1,110 @@
+#include "capture/linux/x11_key_injector.h"
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "core/text.h"
+
+namespace tevra {
+namespace {
+
+// WM_CLASS instance or class names of terminal emulators, lower-cased.
+constexpr std::string_view kTerminals[] = {
+    "xterm",
+    "uxterm",
+    "urxvt",
+    "rxvt",
+    "gnome-terminal",
+    "gnome-terminal-server",
+    "konsole",
+    "alacritty",
+    "kitty",
+    "xfce4-terminal",
+    "tilix",
+    "terminator",
+    "terminology",
+    "st-256color",
+    "wezterm",
+    "org.wezfurlong.wezterm",
+    "foot",
+    "sakura",
+    "lxterminal",
+    "qterminal",
+    "mate-terminal",
+    "guake",
+    "tilda",
+    "yakuake",
+    "deepin-terminal",
+    "cool-retro-term",
+    "kgx",
+    "org.gnome.console",
+    "ptyxis",
+    "org.gnome.ptyxis",
+    "terminal",
+    "x-terminal-emulator",
+    "ghostty",
+};
+
+}  // namespace
+
+X11KeyInjector::X11KeyInjector(std::shared_ptr<X11Connection> x) : x_(std::move(x)) {}
+
+bool X11KeyInjector::isTerminal(std::string_view wmClassPart) {
+    const std::string name = text::lowercase(wmClassPart);
+    return std::find(std::begin(kTerminals), std::end(kTerminals), name) != std::end(kTerminals);
+}
+
+bool X11KeyInjector::isAvailable() {
+    if (!x_) {
+        return false;
+    }
+    int event = 0;
+    int error = 0;
+    int major = 0;
+    int minor = 0;
+    return XTestQueryExtension(x_->display(), &event, &error, &major, &minor) &&
+           x_->hasExtension("XInputExtension");
+}
+
+std::optional<KeySequence> X11KeyInjector::pasteSequence() {
+    if (!x_) {
+        return std::nullopt;
+    }
+    Display* display = x_->display();
+    const unsigned control = XKeysymToKeycode(display, XK_Control_L);
+    const unsigned v = XKeysymToKeycode(display, XK_v);
+    if (control == 0 || v == 0) {
+        return std::nullopt;
+    }
+    bool terminal = false;
+    if (const X11Connection::Window active = x_->activeWindow()) {
+        if (auto hint = x_->classHint(active)) {
+            terminal = isTerminal(hint->instance) || isTerminal(hint->className);
+        }
+    }
+    if (!terminal) {
+        return KeySequence{{control, true}, {v, true}, {v, false}, {control, false}};
+    }
+    const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
+    if (shift == 0) {
+        return std::nullopt;
+    }
+    return KeySequence{{control, true}, {shift, true},  {v, true},
+                       {v, false},      {shift, false}, {control, false}};
+}
+
+void X11KeyInjector::post(const KeySequence& events) {
+    if (!x_) {
+        return;
+    }
+    for (const KeyStroke& stroke : events) {
+        XTestFakeKeyEvent(x_->display(), stroke.keycode, stroke.down ? True : False, CurrentTime);
+    }
+    XSync(x_->display(), False);
+}
+
+}  // namespace tevra

@@ -1,0 +1,112 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QElapsedTimer>
+
+#include "desktop_rig.h"
+
+namespace tevra {
+namespace {
+
+using testing::ClipboardOwnerProcess;
+using ::testing::Contains;
+using testing::DesktopRig;
+using ::testing::Not;
+using testing::PeerProcess;
+using testing::waitUntil;
+
+std::string base64(const std::string& bytes) {
+    return QByteArray::fromStdString(bytes).toBase64().toStdString();
+}
+
+auto textIs(const std::string& expected) {
+    return [expected](const nlohmann::json& event) { return event["text"] == expected; };
+}
+
+TEST(TextInsertionOnX11, PastesIntoAnotherApplicationAndBringsBackTextAndImage) {
+    DesktopRig rig;
+    const std::string png = testing::smallPng();
+    ClipboardOwnerProcess owner({{"text/plain", "an earlier copy"}, {"image/png", png}});
+    PeerProcess peer({.title = "Paste target"});
+    peer.activate();
+    ASSERT_TRUE(rig.inserter.canAutoPaste());
+
+    QElapsedTimer clock;
+    clock.start();
+    ASSERT_TRUE(rig.inserter.insert("Dictated into GTK, naïvely ✓"));
+    const auto key = peer.waitFor("key", 10, [](const auto& e) { return e["name"] == "v"; });
+    ASSERT_TRUE(key);
+    EXPECT_TRUE((*key)["ctrl"]);
+    EXPECT_FALSE((*key)["shift"]) << "Ctrl+V, not the terminals' chord";
+    EXPECT_TRUE(peer.waitFor("text", 10, textIs("Dictated into GTK, naïvely ✓")))
+        << "the text never arrived in the field";
+
+    ASSERT_TRUE(waitUntil([&] { return rig.clipboard->text() == "an earlier copy"; }, 10.0));
+    EXPECT_GE(clock.elapsed(), 1200) << "restored before the paste had time to happen";
+
+    // Another application sees both formats again, byte for byte.
+    peer.send("read-clipboard");
+    const auto seen = peer.waitFor("clipboard", 10);
+    ASSERT_TRUE(seen);
+    EXPECT_THAT((*seen)["targets"], Contains("image/png"));
+    EXPECT_EQ((*seen)["text"], "an earlier copy");
+    EXPECT_EQ((*seen)["png"], base64(png));
+    EXPECT_THAT((*seen)["targets"], Not(Contains("x-kde-passwordManagerHint")));
+}
+
+TEST(TextInsertionOnX11, AnEmptyClipboardKeepsTheDictatedText) {
+    DesktopRig rig;
+    PeerProcess peer({.title = "Empty clipboard"});
+    peer.activate();
+    const auto before = rig.clipboard->changeCount();
+
+    ASSERT_TRUE(rig.inserter.insert("stays on the clipboard"));
+    EXPECT_TRUE(peer.waitFor("text", 10, textIs("stays on the clipboard")));
+    ASSERT_TRUE(rig.passMoment(TextInserter::pasteDelaySec + TextInserter::restoreDelaySec + 0.3));
+
+    EXPECT_EQ(rig.clipboard->text(), "stays on the clipboard");
+    EXPECT_GT(rig.clipboard->changeCount(), before);
+    peer.send("read-clipboard");
+    const auto seen = peer.waitFor("clipboard", 10);
+    ASSERT_TRUE(seen);
+    EXPECT_EQ((*seen)["text"], "stays on the clipboard");
+}
+
+TEST(TextInsertionOnX11, WithThePasteImpossibleTheTextStaysForTheUser) {
+    DesktopRig rig;
+    ClipboardOwnerProcess owner({{"text/plain", "lost, as the user was told"}});
+    PeerProcess peer({.title = "Sign in", .password = true});
+    peer.activate();
+
+    ASSERT_TRUE(waitUntil([&] { return rig.secure->isActive(); }, 10.0))
+        << "the focused password field was never seen";
+    EXPECT_FALSE(rig.inserter.insert("not for a password field"));
+    ASSERT_TRUE(rig.passMoment(TextInserter::pasteDelaySec + TextInserter::restoreDelaySec + 0.3));
+
+    EXPECT_EQ(rig.clipboard->text(), "not for a password field");
+    peer.send("read-clipboard");
+    const auto seen = peer.waitFor("clipboard", 10);
+    ASSERT_TRUE(seen);
+    EXPECT_EQ((*seen)["text"], "not for a password field");
+    // Clipboard managers are told not to keep a dictation.
+    EXPECT_THAT((*seen)["targets"], Contains("x-kde-passwordManagerHint"));
+    peer.send("quit");
+    const auto exit = peer.waitFor("exit", 10);
+    ASSERT_TRUE(exit);
+    EXPECT_EQ((*exit)["text"], "") << "nothing reached the password field";
+}
+
+TEST(TextInsertionOnX11, TerminalsGetCtrlShiftV) {
+    DesktopRig rig;
+    PeerProcess peer({.title = "Terminal look-alike", .wmClass = "kitty"});
+    peer.activate();
+    ASSERT_TRUE(rig.inserter.insert("ls -la"));
+    const auto key = peer.waitFor("key", 10, [](const auto& e) { return e["name"] == "v"; });
+    ASSERT_TRUE(key);
+    EXPECT_TRUE((*key)["ctrl"]);
+    EXPECT_TRUE((*key)["shift"]);
+}
+
+}  // namespace
+}  // namespace tevra
