@@ -7,14 +7,10 @@
 #include <cstring>
 #include <vector>
 
+#include "capture/linux/x_error_trap.h"
+
 namespace tevra {
 namespace {
-
-// Program-wide: Xlib's default handler ends the process on any error, and a
-// window may go away at any moment between two requests.
-int ignoreError(Display*, XErrorEvent*) {
-    return 0;
-}
 
 // The items of a property, or nothing when it is absent or of another format.
 std::vector<unsigned char> property(Display* display, Window window, const char* name, Atom type,
@@ -57,7 +53,6 @@ std::shared_ptr<X11Connection> X11Connection::open(const char* displayName) {
     if (!display) {
         return nullptr;
     }
-    XSetErrorHandler(ignoreError);
     return std::shared_ptr<X11Connection>(new X11Connection(display));
 }
 
@@ -77,6 +72,7 @@ bool X11Connection::hasExtension(const char* name) const {
 }
 
 X11Connection::Window X11Connection::activeWindow() const {
+    XErrorTrap trap(display_);
     unsigned long items = 0;
     const auto data = property(display_, root(), "_NET_ACTIVE_WINDOW", XA_WINDOW, 32, &items);
     if (items > 0) {
@@ -97,7 +93,7 @@ X11Connection::Window X11Connection::activeWindow() const {
 // Climbs from a focused sub-window to the client window that carries WM_CLASS.
 X11Connection::Window X11Connection::topLevelOf(Window window) const {
     while (window != None && window != root()) {
-        if (classHint(window)) {
+        if (classHintOf(window)) {
             return window;
         }
         Window rootReturn = None;
@@ -116,6 +112,11 @@ X11Connection::Window X11Connection::topLevelOf(Window window) const {
 }
 
 std::optional<X11Connection::ClassHint> X11Connection::classHint(Window window) const {
+    XErrorTrap trap(display_);
+    return classHintOf(window);
+}
+
+std::optional<X11Connection::ClassHint> X11Connection::classHintOf(Window window) const {
     XClassHint hint{nullptr, nullptr};
     if (!XGetClassHint(display_, window, &hint)) {
         return std::nullopt;
@@ -127,6 +128,7 @@ std::optional<X11Connection::ClassHint> X11Connection::classHint(Window window) 
 }
 
 std::optional<std::string> X11Connection::title(Window window) const {
+    XErrorTrap trap(display_);
     unsigned long items = 0;
     const Atom utf8 = XInternAtom(display_, "UTF8_STRING", False);
     const auto name = property(display_, window, "_NET_WM_NAME", utf8, 8, &items);
@@ -152,6 +154,7 @@ std::optional<std::string> X11Connection::title(Window window) const {
 }
 
 std::int64_t X11Connection::pid(Window window) const {
+    XErrorTrap trap(display_);
     unsigned long items = 0;
     const auto data = property(display_, window, "_NET_WM_PID", XA_CARDINAL, 32, &items);
     if (items == 0) {

@@ -10,8 +10,9 @@ typedef struct _XDisplay Display;
 namespace tevra {
 
 // One Xlib connection to the display, with the window queries that the
-// capture seams share. X errors (a window that vanished between two calls) are
-// never fatal: the call that met one gives no value. Main thread only.
+// capture seams share. An X error (a window that went away between two
+// requests) is never fatal: the query that met it gives no value. Main thread
+// only.
 class X11Connection {
 public:
     using Window = unsigned long;
@@ -42,7 +43,9 @@ public:
 
 private:
     explicit X11Connection(Display* display) : display_(display) {}
+    // Both run inside the caller's error trap.
     Window topLevelOf(Window window) const;
+    std::optional<ClassHint> classHintOf(Window window) const;
 
     Display* display_;
 };
