@@ -43,4 +43,18 @@ inline std::string describe(const std::exception& e) {
     return e.what();
 }
 
+// The description of an error carried as a value, as callbacks hand it on.
+inline std::string describe(const std::exception_ptr& error) {
+    if (!error) {
+        return "";
+    }
+    try {
+        std::rethrow_exception(error);
+    } catch (const std::exception& e) {
+        return describe(e);
+    } catch (...) {
+        return "unknown error";
+    }
+}
+
 }  // namespace tevra

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "capture/audio_input.h"
+#include "capture/audio_recorder.h"
+#include "core/main_queue.h"
+#include "core/serial_queue.h"
+
+namespace tevra {
+
+// The recorder over a platform audio input. Starting and stopping the input
+// happens on "tevra.audio.engine"; the samples live on "tevra.audio.buffer";
+// the input's own thread measures the level and converts each buffer to
+// 16 kHz mono before appending it. Callbacks hop to the main queue.
+class MicrophoneRecorder final : public AudioRecorder {
+public:
+    using LogSink = std::function<void(const std::string& line)>;
+
+    // makeInput is called once per start, on the engine queue.
+    MicrophoneRecorder(MainQueue& mainQueue, AudioInputFactory makeInput, LogSink log = {});
+    // Waits for a start under way and stops the input, so that no callback of
+    // the input outlives the recorder.
+    ~MicrophoneRecorder() override;
+    MicrophoneRecorder(const MicrophoneRecorder&) = delete;
+    MicrophoneRecorder& operator=(const MicrophoneRecorder&) = delete;
+
+    void start(LevelHandler onLevel, Completion completion) override;
+    std::vector<int16_t> stop() override;
+    bool isRunning() override;
+    std::vector<int16_t> snapshot() override;
+
+private:
+    void startEngine(const std::shared_ptr<const LevelHandler>& onLevel);
+    void stopEngine();
+    void log(const std::string& line) const;
+
+    MainQueue& mainQueue_;
+    AudioInputFactory makeInput_;
+    LogSink log_;
+    std::atomic<bool> closing_{false};
+
+    // Owned by engineQueue_.
+    std::unique_ptr<AudioInput> engine_;
+    bool running_ = false;
+    // Owned by bufferQueue_.
+    std::vector<int16_t> samples_;
+
+    // Declared last: their threads finish before anything above goes away.
+    SerialQueue engineQueue_{"tevra.audio.engine"};
+    SerialQueue bufferQueue_{"tevra.audio.buffer"};
+};
+
+}  // namespace tevra
