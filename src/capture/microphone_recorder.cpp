@@ -68,9 +68,9 @@ void MicrophoneRecorder::startEngine(const std::shared_ptr<const LevelHandler>& 
         std::to_string(format.channels) + " ch");
 }
 
-std::vector<int16_t> MicrophoneRecorder::stop() {
+AudioRecorder::Samples MicrophoneRecorder::stop() {
     engineQueue_.sync([this] { stopEngine(); });
-    std::vector<int16_t> copy = bufferQueue_.sync([this] { return samples_; });
+    Samples copy = bufferQueue_.sync([this] { return samples_; });
     log("recorder.stop: " + std::to_string(copy.size()) + " samples");
     return copy;
 }
@@ -87,7 +87,7 @@ bool MicrophoneRecorder::isRunning() {
     return engineQueue_.sync([this] { return running_; });
 }
 
-std::vector<int16_t> MicrophoneRecorder::snapshot() {
+AudioRecorder::Samples MicrophoneRecorder::snapshot() {
     return bufferQueue_.sync([this] { return samples_; });
 }
 

@@ -30,9 +30,9 @@ public:
     MicrophoneRecorder& operator=(const MicrophoneRecorder&) = delete;
 
     void start(LevelHandler onLevel, Completion completion) override;
-    std::vector<int16_t> stop() override;
+    Samples stop() override;
     bool isRunning() override;
-    std::vector<int16_t> snapshot() override;
+    Samples snapshot() override;
 
 private:
     void startEngine(const std::shared_ptr<const LevelHandler>& onLevel);
@@ -48,7 +48,7 @@ private:
     std::unique_ptr<AudioInput> engine_;
     bool running_ = false;
     // Owned by bufferQueue_.
-    std::vector<int16_t> samples_;
+    Samples samples_;
 
     // Declared last: their threads finish before anything above goes away.
     SerialQueue engineQueue_{"tevra.audio.engine"};

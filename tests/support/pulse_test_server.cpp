@@ -92,7 +92,9 @@ std::string setupScript(PulseTestServer::Microphone microphone, int rate, int ch
 PulseTestServer::PulseTestServer(Microphone microphone, int sampleRate, int channels)
     : directory_(makeDirectory()),
       address_("unix:" + directory_ + "/native"),
-      fifo_(directory_ + "/microphone.fifo") {
+      fifo_(directory_ + "/microphone.fifo"),
+      sampleRate_(sampleRate),
+      channels_(channels) {
     const std::string scriptPath = directory_ + "/setup.pa";
     std::ofstream(scriptPath) << setupScript(microphone, sampleRate, channels, directory_, fifo_);
 
@@ -147,6 +149,7 @@ PulseTestServer::~PulseTestServer() {
 }
 
 void PulseTestServer::shutDown() {
+    stopping_ = true;
     if (playerPid_ > 0) {
         kill(playerPid_, SIGTERM);
         int status = 0;
@@ -236,30 +239,40 @@ std::string PulseTestServer::serverLog() const {
     return text.str();
 }
 
-void PulseTestServer::feed(std::vector<int16_t> frames) {
-    feeders_.emplace_back([fifo = fifo_, frames = std::move(frames)] {
+void PulseTestServer::feed(std::vector<int16_t> frames, double speed) {
+    const std::size_t chunk = static_cast<std::size_t>(sampleRate_ / 100 * channels_);
+    const auto period = std::chrono::duration<double>(0.01 / speed);
+    feeders_.emplace_back([this, frames = std::move(frames), chunk, period] {
         // A write into a FIFO that lost its reader raises SIGPIPE; here it
         // should only end the write.
         sigset_t pipeSignal;
         sigemptyset(&pipeSignal);
         sigaddset(&pipeSignal, SIGPIPE);
         pthread_sigmask(SIG_BLOCK, &pipeSignal, nullptr);
-        const int fd = open(fifo.c_str(), O_WRONLY | O_CLOEXEC);
+        const int fd = open(fifo_.c_str(), O_WRONLY | O_CLOEXEC);
         if (fd < 0) {
             return;
         }
-        const char* data = reinterpret_cast<const char*>(frames.data());
-        std::size_t left = frames.size() * sizeof(int16_t);
-        while (left > 0) {
-            const ssize_t n = write(fd, data, left);
-            if (n < 0 && errno == EINTR) {
-                continue;
+        // The microphone's own clock: 10 ms of sound per tick. A burst of
+        // seconds at once would overrun the server's buffers and lose audio.
+        auto due = std::chrono::steady_clock::now();
+        for (std::size_t at = 0; at < frames.size() && !stopping_; at += chunk) {
+            const char* data = reinterpret_cast<const char*>(frames.data() + at);
+            std::size_t left = std::min(chunk, frames.size() - at) * sizeof(int16_t);
+            while (left > 0) {
+                const ssize_t n = write(fd, data, left);
+                if (n < 0 && errno == EINTR) {
+                    continue;
+                }
+                if (n <= 0) {
+                    close(fd);
+                    return;
+                }
+                data += n;
+                left -= static_cast<std::size_t>(n);
             }
-            if (n <= 0) {
-                break;
-            }
-            data += n;
-            left -= static_cast<std::size_t>(n);
+            due += std::chrono::duration_cast<std::chrono::steady_clock::duration>(period);
+            std::this_thread::sleep_until(due);
         }
         close(fd);
     });

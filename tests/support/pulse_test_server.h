@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <thread>
@@ -37,8 +38,9 @@ public:
     const std::string& address() const { return address_; }
 
     // Writes interleaved frames into the fed microphone from a thread of its
-    // own; the server only takes them while something records.
-    void feed(std::vector<int16_t> frames);
+    // own, speed times faster than they would be spoken; the server only
+    // takes them while something records.
+    void feed(std::vector<int16_t> frames, double speed = 10.0);
     // The record streams the server has open now.
     int recordStreamCount() const;
     // The clients connected now, not counting the one that asks.
@@ -54,6 +56,9 @@ private:
     std::string directory_;
     std::string address_;
     std::string fifo_;
+    int sampleRate_;
+    int channels_;
+    std::atomic<bool> stopping_{false};
     pid_t pid_ = -1;
     pid_t playerPid_ = -1;
     int baselineClients_ = 0;

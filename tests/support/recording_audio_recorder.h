@@ -12,7 +12,7 @@ namespace tevra::testing {
 // error, and stop() hands back whatever the test put in recording.
 class RecordingAudioRecorder : public AudioRecorder {
 public:
-    std::vector<int16_t> recording;
+    Samples recording;
     int starts = 0;
     int stops = 0;
     LevelHandler onLevel;
@@ -24,13 +24,13 @@ public:
         onLevel = std::move(level);
         completion = std::move(done);
     }
-    std::vector<int16_t> stop() override {
+    Samples stop() override {
         ++stops;
         running_ = false;
         return recording;
     }
     bool isRunning() override { return running_; }
-    std::vector<int16_t> snapshot() override { return recording; }
+    Samples snapshot() override { return recording; }
 
 private:
     bool running_ = false;

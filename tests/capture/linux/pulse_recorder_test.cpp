@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "capture/audio_error.h"
 #include "capture/linux/pulse_audio_input.h"
@@ -22,7 +23,7 @@ constexpr const char* kSentence = "Please send the quarterly report to the whole
 
 // Normalised cross-correlation of a recording with a reference at the best
 // lag within a few milliseconds.
-double similarity(const std::vector<int16_t>& a, const std::vector<int16_t>& b) {
+double similarity(std::span<const int16_t> a, std::span<const int16_t> b) {
     double best = -1;
     for (int lag = -64; lag <= 64; ++lag) {
         double ab = 0, aa = 0, bb = 0;
@@ -119,9 +120,8 @@ TEST_P(FedMicrophoneTest, SpeechComesBackAsSixteenKilohertzMonoOfTheSameLength) 
     // All of the speech and no more than the silence after it, sample for
     // sample what an offline converter makes of the speech.
     EXPECT_LE(samples.size(), expected + 1600);
-    EXPECT_GT(similarity({samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(expected)},
-                         reference),
-              0.99);
+    ASSERT_GE(samples.size(), expected);
+    EXPECT_GT(similarity(std::span(samples).first(expected), reference), 0.99);
     ASSERT_FALSE(levels.empty());
     EXPECT_GT(*std::max_element(levels.begin(), levels.end()), 0.3f);
     EXPECT_EQ(log().back(), "recorder.stop: " + std::to_string(samples.size()) + " samples");
