@@ -29,8 +29,8 @@ double seconds(Clock::time_point from, Clock::time_point to) {
 void BM_MicrophoneStartToFirstSample(benchmark::State& state) {
     PulseTestServer server(PulseTestServer::Microphone::live, 48000, 2);
     tevra::VirtualMainQueue mainQueue;
-    tevra::MicrophoneRecorder recorder(mainQueue,
-                                       tevra::PulseAudioInput::factory(server.address()));
+    tevra::MicrophoneRecorder recorder(mainQueue, tevra::PulseAudioInput::factory(server.address()),
+                                       [](const std::string&) {});
     double ready = 0;
     for (auto _ : state) {
         bool heard = false;
@@ -70,8 +70,8 @@ void BM_StopAfter180Seconds(benchmark::State& state) {
     constexpr std::size_t cap = 180 * 16000;
     PulseTestServer server(PulseTestServer::Microphone::fed, rate, 2);
     tevra::VirtualMainQueue mainQueue;
-    tevra::MicrophoneRecorder recorder(mainQueue,
-                                       tevra::PulseAudioInput::factory(server.address()));
+    tevra::MicrophoneRecorder recorder(mainQueue, tevra::PulseAudioInput::factory(server.address()),
+                                       [](const std::string&) {});
     std::vector<int16_t> noise(std::size_t{180} * rate * 2);
     std::mt19937 random(1);
     std::uniform_int_distribution<int> level(-2000, 2000);

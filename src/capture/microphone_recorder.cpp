@@ -3,12 +3,17 @@
 #include "capture/audio_error.h"
 #include "capture/audio_level.h"
 #include "capture/audio_resampler.h"
+#include "core/log.h"
 
 namespace tevra {
 
 MicrophoneRecorder::MicrophoneRecorder(MainQueue& mainQueue, AudioInputFactory makeInput,
                                        LogSink log)
-    : mainQueue_(mainQueue), makeInput_(std::move(makeInput)), log_(std::move(log)) {}
+    : mainQueue_(mainQueue), makeInput_(std::move(makeInput)), log_(std::move(log)) {
+    if (!log_) {
+        log_ = [](const std::string& line) { Log::write(line); };
+    }
+}
 
 MicrophoneRecorder::~MicrophoneRecorder() {
     closing_ = true;
@@ -92,9 +97,7 @@ AudioRecorder::Samples MicrophoneRecorder::snapshot() {
 }
 
 void MicrophoneRecorder::log(const std::string& line) const {
-    if (log_) {
-        log_(line);
-    }
+    log_(line);
 }
 
 }  // namespace tevra

@@ -21,7 +21,8 @@ class MicrophoneRecorder final : public AudioRecorder {
 public:
     using LogSink = std::function<void(const std::string& line)>;
 
-    // makeInput is called once per start, on the engine queue.
+    // makeInput is called once per start, on the engine queue. The log lines
+    // go to log, or to the process log when it is empty.
     MicrophoneRecorder(MainQueue& mainQueue, AudioInputFactory makeInput, LogSink log = {});
     // Waits for a start under way and stops the input, so that no callback of
     // the input outlives the recorder.
