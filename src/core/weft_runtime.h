@@ -1,0 +1,88 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/backend_builders.h"
+#include "core/pipeline.h"
+#include "core/secret_store.h"
+#include "core/weft_settings.h"
+
+namespace tevra {
+
+class HistoryStore;
+
+namespace WeftCoreInfo {
+inline constexpr const char* version = TEVRA_VERSION;
+}
+
+// Owns what a running Tevra needs: the data directory, the settings, the store,
+// the credentials and the current pipeline. Lives on the main thread; the
+// pipeline is swapped whole on every change, so a dictation under way finishes
+// on the one it started with.
+class WeftRuntime {
+public:
+    inline static const std::vector<std::string>& defaultSTTOrder =
+        BackendBuilders::defaultSTTOrder;
+
+    // secrets: the keyring; with fetchKeys false it is never asked and the keys
+    // stay empty.
+    WeftRuntime(std::filesystem::path dataDir, bool fetchKeys,
+                std::shared_ptr<SecretStore> secrets);
+
+    const std::filesystem::path& dataDir() const { return dataDir_; }
+    const WeftSettings& settings() const { return settings_; }
+    const std::shared_ptr<HistoryStore>& store() const { return store_; }
+    const ProviderKeys& keys() const { return keys_; }
+    const std::optional<std::string>& proxyToken() const { return proxyToken_; }
+    std::shared_ptr<const Pipeline> pipeline() const { return pipeline_; }
+
+    // Re-reads the settings and rebuilds the pipeline; credentials stay.
+    void reload();
+    // Re-reads every credential, then reloads.
+    void refreshKeys();
+
+    bool hasCloudSTT() const;
+    // "fireworks: ✓  deepinfra: –  groq: ✓  openai: –"
+    std::string keyStatusDescription() const;
+
+    // Keeps a recording whose processing failed under "failed/", so the speech
+    // is not lost. Returns where it went, or nothing when it could not be written.
+    std::optional<std::filesystem::path> saveFailedAudio(std::string_view wav) const;
+
+    std::vector<std::shared_ptr<const PolishBackend>> polishers() const;
+    std::shared_ptr<TranscriptionRouter> transcriptionRouter() const;
+
+    static std::vector<std::shared_ptr<const TranscriptionBackend>> buildSTT(
+        const WeftSettings& settings, const ProviderKeys& keys,
+        const std::optional<std::string>& proxyToken) {
+        return BackendBuilders::buildSTT(settings, keys, proxyToken);
+    }
+    static std::vector<std::shared_ptr<const PolishBackend>> buildPolishers(
+        const WeftSettings& settings, const ProviderKeys& keys,
+        const std::optional<std::string>& proxyToken) {
+        return BackendBuilders::buildPolishers(settings, keys, proxyToken);
+    }
+    static std::shared_ptr<const Pipeline> buildPipeline(
+        const WeftSettings& settings, const ProviderKeys& keys,
+        std::shared_ptr<PipelineStore> store, const std::optional<std::string>& proxyToken) {
+        return BackendBuilders::buildPipeline(settings, keys, std::move(store), proxyToken);
+    }
+
+private:
+    void fetchCredentials();
+
+    std::filesystem::path dataDir_;
+    std::shared_ptr<SecretStore> secrets_;
+    WeftSettings settings_;
+    std::shared_ptr<HistoryStore> store_;
+    ProviderKeys keys_;
+    std::optional<std::string> proxyToken_;
+    std::shared_ptr<const Pipeline> pipeline_;
+};
+
+}  // namespace tevra

@@ -1,0 +1,39 @@
+// tevractl: Tevra without the desktop. It builds its runtime exactly as the
+// application does: the default data directory, keys from the environment and
+// the keyring.
+#include <iostream>
+#include <map>
+
+#include "core/linux/libsecret_store.h"
+#include "core/weft_runtime.h"
+#include "core/weft_settings.h"
+#include "tevractl/commands.h"
+
+int main(int argc, char** argv) {
+    using namespace tevra;
+    const std::vector<std::string> all(argv + 1, argv + argc);
+    if (all.empty() || all[0] == "--help" || all[0] == "-h" || all[0] == "help") {
+        std::cout << ctl::kUsage;
+        return all.empty() ? 2 : 0;
+    }
+    using Command = int (*)(WeftRuntime&, const ctl::Args&, std::ostream&, std::ostream&);
+    static const std::map<std::string, Command> commands = {
+        {"dictate", ctl::dictate}, {"translate", ctl::translate}, {"history", ctl::history},
+        {"stats", ctl::stats},     {"keys", ctl::keys},
+    };
+    const auto it = commands.find(all[0]);
+    if (it == commands.end()) {
+        std::cerr << "tevractl: unknown command \"" << all[0] << "\"\n\n" << ctl::kUsage;
+        return 2;
+    }
+    const ctl::Args args(all.begin() + 1, all.end());
+    for (const auto& a : args) {
+        if (a == "--help" || a == "-h") {
+            std::cout << ctl::helpFor(all[0]);
+            return 0;
+        }
+    }
+    WeftRuntime runtime(WeftSettings::defaultDir(), /*fetchKeys=*/true,
+                        std::make_shared<LibsecretStore>());
+    return it->second(runtime, args, std::cout, std::cerr);
+}
