@@ -7,16 +7,17 @@ int main() {
         "Tevra %s\n"
         "\n"
         "The desktop application (talk key, recorder, paste at the cursor) is not built yet.\n"
-        "What exists so far, as a tested library:\n"
+        "What works so far:\n"
         "  - speech-to-text over Groq, OpenAI, DeepInfra, Fireworks and the relay, with failover\n"
-        "  - WAV encoding and the near-silence test\n"
-        "  - clean-up by a language model over chat/completions, with reply cleaning\n"
-        "  - voices and their prompts: dictionary, replacements, snippets, tones\n"
-        "  - rule clean-up: replacements, a capital and a closing full stop\n"
-        "  - the dictation pipeline from 16-bit samples to finished text\n"
+        "  - clean-up by a language model, voices and their prompts, the sign-off,\n"
+        "    and the rule clean-up when no model answers\n"
+        "  - settings.json, keys from the environment or the keyring, the log\n"
+        "  - the history database with vocabulary, voices and insights\n"
         "  - the talk-key gesture machine (tap, hold, chords)\n"
         "\n"
-        "Run `make test` to exercise them.\n",
+        "Try it from the command line with tevractl, built beside this program:\n"
+        "  build/release/src/tevractl dictate recording.wav\n"
+        "  build/release/src/tevractl --help\n",
         TEVRA_VERSION);
     return 0;
 }
