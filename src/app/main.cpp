@@ -14,6 +14,8 @@ int main() {
         "  - settings.json, keys from the environment or the keyring, the log\n"
         "  - the history database with vocabulary, voices and insights\n"
         "  - the talk-key gesture machine (tap, hold, chords)\n"
+        "  - the Linux parts, tested but not yet joined into the application: the microphone\n"
+        "    (PulseAudio or PipeWire), both hotkey schemes on X11, paste at the cursor\n"
         "\n"
         "Try it from the command line with tevractl, built beside this program:\n"
         "  build/release/src/tevractl dictate recording.wav\n"
