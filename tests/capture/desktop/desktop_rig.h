@@ -17,7 +17,7 @@
 #include "capture/linux/x11_secure_input.h"
 #include "capture/qt/qt_clipboard.h"
 #include "capture/text_inserter.h"
-#include "core/qt/qt_main_queue.h"
+#include "app/qt/qt_main_queue.h"
 #include "support/desktop/event_wait.h"
 #include "support/desktop/peer_process.h"
 

@@ -1,4 +1,4 @@
-#include "core/qt/qt_main_queue.h"
+#include "app/qt/qt_main_queue.h"
 
 #include <gtest/gtest.h>
 
