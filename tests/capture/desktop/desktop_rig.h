@@ -9,6 +9,7 @@
 #include <QMimeData>
 #include <memory>
 
+#include "app/qt/qt_main_queue.h"
 #include "capture/context_reader.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/x11_connection.h"
@@ -17,7 +18,6 @@
 #include "capture/linux/x11_secure_input.h"
 #include "capture/qt/qt_clipboard.h"
 #include "capture/text_inserter.h"
-#include "app/qt/qt_main_queue.h"
 #include "support/desktop/event_wait.h"
 #include "support/desktop/peer_process.h"
 
