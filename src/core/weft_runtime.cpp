@@ -12,8 +12,10 @@
 namespace tevra {
 
 WeftRuntime::WeftRuntime(std::filesystem::path dataDir, bool fetchKeys,
-                         std::shared_ptr<SecretStore> secrets)
-    : dataDir_(std::move(dataDir)), secrets_(std::move(secrets)) {
+                         std::shared_ptr<SecretStore> secrets, PipelineBuilder buildPipeline)
+    : dataDir_(std::move(dataDir)),
+      secrets_(std::move(secrets)),
+      pipelineBuilder_(std::move(buildPipeline)) {
     SecureFile::ensureSecureDir(dataDir_);
     settings_ = WeftSettings::load(dataDir_);
     try {
@@ -25,7 +27,7 @@ WeftRuntime::WeftRuntime(std::filesystem::path dataDir, bool fetchKeys,
     if (fetchKeys) {
         fetchCredentials();
     }
-    pipeline_ = buildPipeline(settings_, keys_, store_, proxyToken_);
+    pipeline_ = pipelineBuilder_(settings_, keys_, store_, proxyToken_);
 }
 
 void WeftRuntime::fetchCredentials() {
@@ -38,7 +40,7 @@ void WeftRuntime::fetchCredentials() {
 
 void WeftRuntime::reload() {
     settings_ = WeftSettings::load(dataDir_);
-    pipeline_ = buildPipeline(settings_, keys_, store_, proxyToken_);
+    pipeline_ = pipelineBuilder_(settings_, keys_, store_, proxyToken_);
 }
 
 void WeftRuntime::refreshKeys() {

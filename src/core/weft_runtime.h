@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,10 +30,16 @@ public:
     inline static const std::vector<std::string>& defaultSTTOrder =
         BackendBuilders::defaultSTTOrder;
 
+    // Builds the pipeline from what the runtime holds, at start and on every reload.
+    using PipelineBuilder = std::function<std::shared_ptr<const Pipeline>(
+        const WeftSettings&, const ProviderKeys&, std::shared_ptr<PipelineStore>,
+        const std::optional<std::string>& proxyToken)>;
+
     // secrets: the keyring; with fetchKeys false it is never asked and the keys
-    // stay empty.
-    WeftRuntime(std::filesystem::path dataDir, bool fetchKeys,
-                std::shared_ptr<SecretStore> secrets);
+    // stay empty. buildPipeline: the backends of the settings by default; a
+    // program that brings its own backends passes its own.
+    WeftRuntime(std::filesystem::path dataDir, bool fetchKeys, std::shared_ptr<SecretStore> secrets,
+                PipelineBuilder buildPipeline = BackendBuilders::buildPipeline);
 
     const std::filesystem::path& dataDir() const { return dataDir_; }
     const WeftSettings& settings() const { return settings_; }
@@ -82,6 +89,7 @@ private:
     std::shared_ptr<HistoryStore> store_;
     ProviderKeys keys_;
     std::optional<std::string> proxyToken_;
+    PipelineBuilder pipelineBuilder_;
     std::shared_ptr<const Pipeline> pipeline_;
 };
 

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "capture/microphone_access.h"
+#include "capture/status_item.h"
+#include "pill/hud.h"
+#include "support/recording_capture.h"
+
+// Recording fakes of the services the orchestrator reports to.
+namespace tevra::testing {
+
+// A HUD that writes each call into the journal: "hud processing",
+// "hud error <message>".
+class RecordingHud : public Hud {
+public:
+    explicit RecordingHud(std::shared_ptr<Journal> journal) : journal_(std::move(journal)) {}
+
+    void processing() override { journal_->add("hud processing"); }
+    void done() override { journal_->add("hud done"); }
+    void error(const std::string& message) override { journal_->add("hud error " + message); }
+    void hide() override { journal_->add("hud hide"); }
+
+private:
+    std::shared_ptr<Journal> journal_;
+};
+
+class RecordingStatusItem : public StatusItem {
+public:
+    std::vector<std::string> toolTips;
+    void setToolTip(const std::string& text) override { toolTips.push_back(text); }
+};
+
+class FakeMicrophoneAccess : public MicrophoneAccess {
+public:
+    Status answer = Status::authorized;
+    bool grant = true;
+    int requests = 0;
+
+    Status status() override { return answer; }
+    void requestAccess(std::function<void(bool granted)> reply) override {
+        ++requests;
+        reply(grant);
+    }
+};
+
+}  // namespace tevra::testing
