@@ -1,25 +1,77 @@
-#include <cstdio>
+// Tevra, the desktop program: a tray icon, the talk key and the HUD on an X11
+// session. Everything it needs is made by TevraApplication.
+#include <unistd.h>
 
-// The desktop application is not assembled yet. Until it is, `tevra` reports
-// which capabilities are built, so that `make run` says plainly where things stand.
-int main() {
-    std::printf(
-        "Tevra %s\n"
-        "\n"
-        "The desktop application (talk key, recorder, paste at the cursor) is not built yet.\n"
-        "What works so far:\n"
-        "  - speech-to-text over Groq, OpenAI, DeepInfra, Fireworks and the relay, with failover\n"
-        "  - clean-up by a language model, voices and their prompts, the sign-off,\n"
-        "    and the rule clean-up when no model answers\n"
-        "  - settings.json, keys from the environment or the keyring, the log\n"
-        "  - the history database with vocabulary, voices and insights\n"
-        "  - the talk-key gesture machine (tap, hold, chords)\n"
-        "  - the Linux parts, tested but not yet joined into the application: the microphone\n"
-        "    (PulseAudio or PipeWire), both hotkey schemes on X11, paste at the cursor\n"
-        "\n"
-        "Try it from the command line with tevractl, built beside this program:\n"
-        "  build/release/src/tevractl dictate recording.wav\n"
-        "  build/release/src/tevractl --help\n",
-        TEVRA_VERSION);
-    return 0;
+#include <QApplication>
+#include <QSocketNotifier>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/cli.h"
+#include "app/tevra_application.h"
+#include "core/log.h"
+
+namespace {
+
+int signalPipe[2] = {-1, -1};
+
+void onTerminationSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(signalPipe[1], &byte, 1);
+}
+
+// Ctrl+C in the terminal of `make run`, or a session that ends: leave the
+// event loop, so that the program winds down as if "Quit Tevra" was chosen.
+void quitOnTerminationSignals(QApplication& app) {
+    if (::pipe(signalPipe) != 0) {
+        return;
+    }
+    auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [] { QApplication::quit(); });
+    struct sigaction action = {};
+    action.sa_handler = onTerminationSignal;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace tevra;
+    if (CLI::runIfRequested()) {
+        return 0;
+    }
+    const char* display = std::getenv("DISPLAY");
+    if (display == nullptr || *display == '\0') {
+        std::fprintf(stderr,
+                     "tevra: no X display: DISPLAY is not set. Tevra needs an X11 desktop "
+                     "session (on Wayland, XWayland's DISPLAY).\n");
+        return 1;
+    }
+    auto x = X11Connection::open();
+    if (!x) {
+        std::fprintf(stderr, "tevra: cannot open the X display %s.\n", display);
+        return 1;
+    }
+    // The hotkeys, the paste and the focus all speak X11; the clipboard and
+    // the HUD must live on the same display, also in a Wayland session.
+    if (std::getenv("QT_QPA_PLATFORM") == nullptr) {
+        setenv("QT_QPA_PLATFORM", "xcb", 1);
+    }
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Tevra"));
+    QApplication::setApplicationVersion(QStringLiteral(TEVRA_VERSION));
+    QApplication::setQuitOnLastWindowClosed(false);  // it lives on in the tray
+    quitOnTerminationSignals(app);
+
+    int status = 0;
+    {
+        TevraApplication tevra(std::move(x));
+        tevra.launch();
+        status = QApplication::exec();
+    }
+    Log::flush();
+    return status;
 }

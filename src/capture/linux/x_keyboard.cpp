@@ -31,11 +31,13 @@ bool hasXInput2(Display* display, int& opcode) {
 
 }  // namespace
 
-XKeyboard::XKeyboard(MainQueue& queue, std::string talkKey, LogLine log, std::string displayName)
+XKeyboard::XKeyboard(MainQueue& queue, std::string talkKey, LogLine log, std::string displayName,
+                     std::shared_ptr<OwnGrabs> ownGrabs)
     : queue_(queue),
       talkKeyName_(std::move(talkKey)),
       log_(std::move(log)),
-      displayName_(std::move(displayName)) {
+      displayName_(std::move(displayName)),
+      ownGrabs_(ownGrabs ? std::move(ownGrabs) : std::make_shared<OwnGrabs>()) {
     known_.insert(KeySyms::chordKeys.begin(), KeySyms::chordKeys.end());
     known_.insert(KeySyms::escape);
 }
@@ -174,6 +176,14 @@ void XKeyboard::close() {
     display_.reset();
     onEvent_ = nullptr;
     heldChords_.clear();
+    ownGrabs_->add(-static_cast<int>(grabbedDown_.size()));
+    grabbedDown_.clear();
+}
+
+void XKeyboard::grabbedKey(uint8_t keycode, bool down) {
+    if (down ? grabbedDown_.insert(keycode).second : grabbedDown_.erase(keycode) > 0) {
+        ownGrabs_->add(down ? 1 : -1);
+    }
 }
 
 void XKeyboard::onXEvent(Display* display, XEvent& event) {
@@ -182,10 +192,12 @@ void XKeyboard::onXEvent(Display* display, XEvent& event) {
             onRawKey(display, event.xcookie);
             break;
         case KeyPress:
+            grabbedKey(static_cast<uint8_t>(event.xkey.keycode), true);
             deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), true));
             break;
         case KeyRelease:
             if (!isRepeatedRelease(display, event.xkey)) {
+                grabbedKey(static_cast<uint8_t>(event.xkey.keycode), false);
                 deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), false));
             }
             break;

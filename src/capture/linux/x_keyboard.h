@@ -2,6 +2,7 @@
 
 #include <X11/Xlib.h>
 
+#include <atomic>
 #include <memory>
 #include <set>
 #include <string>
@@ -30,10 +31,22 @@ namespace tevra {
 // queue in the order the server sent them.
 class XKeyboard : public DesktopKeyboard {
 public:
+    // The keys that are down now through one of the program's grabs, over all
+    // of its keyboards. While one is, the server has given the whole keyboard
+    // to Tevra, which is not a sign of a password prompt holding it.
+    class OwnGrabs {
+    public:
+        bool active() const { return count_.load() > 0; }
+        void add(int keys) { count_ += keys; }
+
+    private:
+        std::atomic<int> count_{0};
+    };
+
     // talkKey is an X key symbol name such as "Control_R"; an unknown name
     // falls back to Control_R. An empty displayName means $DISPLAY.
     XKeyboard(MainQueue& queue, std::string talkKey = "Control_R", LogLine log = {},
-              std::string displayName = {});
+              std::string displayName = {}, std::shared_ptr<OwnGrabs> ownGrabs = {});
     ~XKeyboard() override;
 
     bool open(EventHandler onEvent) override;
@@ -56,6 +69,7 @@ private:
     std::vector<unsigned> lockVariants(unsigned mask) const;
     unsigned maskOf(Modifiers modifiers) const;
     void post(const Event& event);
+    void grabbedKey(uint8_t keycode, bool down);
 
     MainQueue& queue_;
     const std::string talkKeyName_;
@@ -74,6 +88,8 @@ private:
     std::set<uint32_t> known_;
     std::vector<uint32_t> chordKeys_;
     std::vector<KeyCode> heldChords_;  // grabbed while the talk key is down
+    std::shared_ptr<OwnGrabs> ownGrabs_;
+    std::set<uint8_t> grabbedDown_;  // counted in ownGrabs_
 };
 
 }  // namespace tevra

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QMenu>
+#include <QSystemTrayIcon>
+#include <functional>
+#include <string>
+
+#include "capture/status_item.h"
+
+namespace tevra {
+
+// Tevra's icon in the system tray: its tool tip names the voices on their
+// keys, and its menu holds what the program offers from there.
+class TrayStatusItem : public StatusItem {
+public:
+    // onQuit runs when the user picks "Quit Tevra".
+    explicit TrayStatusItem(std::function<void()> onQuit);
+
+    void setToolTip(const std::string& text) override;
+    QString toolTip() const { return icon_.toolTip(); }
+    const QMenu& menu() const { return menu_; }
+    // The icon, drawn here so that it looks the same under every icon theme.
+    static QIcon drawIcon();
+
+private:
+    QMenu menu_;
+    QSystemTrayIcon icon_;
+};
+
+}  // namespace tevra

@@ -1,0 +1,95 @@
+#include "app/tevra_application.h"
+
+#include <QCoreApplication>
+
+#include "app/qt/tray_status_item.h"
+#include "capture/linux/atspi_focus.h"
+#include "capture/linux/pulse_audio_input.h"
+#include "capture/linux/pulse_microphone_access.h"
+#include "capture/linux/x11_focus_probe.h"
+#include "capture/linux/x11_key_injector.h"
+#include "capture/linux/x11_secure_input.h"
+#include "capture/microphone_recorder.h"
+#include "capture/qt/qt_clipboard.h"
+#include "capture/qt/qt_sound_cues.h"
+#include "core/linux/libsecret_store.h"
+#include "core/log.h"
+#include "pill/qt/hud_controller.h"
+
+namespace tevra {
+namespace {
+
+// Dictations that overlap: one still being transcribed while the next is
+// recorded, and perhaps a third.
+constexpr std::size_t kPipelineThreads = 3;
+
+void writeLog(const std::string& line) {
+    Log::write(line);
+}
+
+}  // namespace
+
+TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
+    : x_(std::move(x)),
+      tray_(std::make_shared<TrayStatusItem>([] { QCoreApplication::quit(); })),
+      work_(std::make_shared<WorkPool>(kPipelineThreads)) {
+    auto focus = std::make_shared<AtspiFocus>();
+    auto keys = std::make_shared<X11KeyInjector>(x_);
+    auto secure = std::make_shared<X11SecureInput>(x_, focus,
+                                                   [grabs = ownGrabs_] { return grabs->active(); });
+
+    AppServices services;
+    services.queue = &queue_;
+    services.notifications = &notifications_;
+    services.hud = HUDController::create(queue_);
+    services.recorder = std::make_shared<MicrophoneRecorder>(queue_, PulseAudioInput::factory());
+    services.inserter =
+        std::make_shared<TextInserter>(queue_, std::make_shared<QtClipboard>(), keys, secure);
+    services.contextReader =
+        std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
+    services.chime = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
+    services.secureInput = secure;
+    services.microphone = std::make_shared<PulseMicrophoneAccess>();
+    services.statusItem = tray_;
+    services.work = work_;
+    services.makeRuntime = [] {
+        return std::make_unique<WeftRuntime>(WeftSettings::defaultDir(), /*fetchKeys=*/true,
+                                             std::make_shared<LibsecretStore>());
+    };
+    services.makeKeyboard = [this] { return makeKeyboard(); };
+    services.inputControlAvailable = [this] { return inputControlAvailable(); };
+    services.log = writeLog;
+    delegate_ = AppDelegate::create(std::move(services));
+}
+
+TevraApplication::~TevraApplication() {
+    delegate_.reset();
+    // Dictations still in the pipeline end before the services they use go;
+    // their results, posted for an event loop that has stopped, are dropped.
+    work_->waitUntilIdle();
+    QCoreApplication::removePostedEvents(nullptr);
+    Log::flush();
+}
+
+void TevraApplication::launch() {
+    delegate_->applicationDidFinishLaunching();
+}
+
+std::string TevraApplication::talkKey() const {
+    const WeftRuntime* runtime = delegate_ ? delegate_->runtime() : nullptr;
+    return runtime ? runtime->settings().talkKey : WeftSettings{}.talkKey;
+}
+
+std::unique_ptr<DesktopKeyboard> TevraApplication::makeKeyboard() {
+    return std::make_unique<XKeyboard>(queue_, talkKey(), writeLog, std::string(), ownGrabs_);
+}
+
+bool TevraApplication::inputControlAvailable() {
+    XKeyboard keyboard(queue_, talkKey());
+    const bool available =
+        keyboard.open([](const DesktopKeyboard::Event&) {}) && keyboard.inputControlAvailable();
+    keyboard.close();
+    return available;
+}
+
+}  // namespace tevra

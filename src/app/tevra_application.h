@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+
+#include "app/qt/qt_main_queue.h"
+#include "capture/app_delegate.h"
+#include "capture/linux/x11_connection.h"
+#include "capture/linux/x_keyboard.h"
+#include "core/notification_center.h"
+
+namespace tevra {
+
+class TrayStatusItem;
+
+// The composition root of the desktop program: every platform service made
+// once, on the X display and the sound server of the session, and handed to
+// the orchestrator. Lives on the main thread for as long as the event loop.
+class TevraApplication {
+public:
+    explicit TevraApplication(std::shared_ptr<X11Connection> x);
+    ~TevraApplication();
+    TevraApplication(const TevraApplication&) = delete;
+    TevraApplication& operator=(const TevraApplication&) = delete;
+
+    // Brings the program up: runtime, microphone check, hotkeys.
+    void launch();
+
+private:
+    std::unique_ptr<DesktopKeyboard> makeKeyboard();
+    bool inputControlAvailable();
+    std::string talkKey() const;
+
+    QtMainQueue queue_;
+    NotificationCenter notifications_{queue_};
+    std::shared_ptr<X11Connection> x_;
+    std::shared_ptr<XKeyboard::OwnGrabs> ownGrabs_ = std::make_shared<XKeyboard::OwnGrabs>();
+    std::shared_ptr<TrayStatusItem> tray_;
+    std::shared_ptr<WorkPool> work_;
+    std::shared_ptr<AppDelegate> delegate_;
+};
+
+}  // namespace tevra

@@ -1,0 +1,287 @@
+// The real tevra program on the test desktop: Xvfb with openbox, PulseAudio
+// with the virtual microphone, loopback speech and chat services reached
+// through the relay setting, a fresh data directory, and a GTK application of
+// another process whose text field receives the dictation.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <fstream>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "store/history_store.h"
+#include "stt/wav_reader.h"
+#include "support/desktop/event_wait.h"
+#include "support/desktop/peer_process.h"
+#include "support/loopback_server.h"
+#include "support/speech_samples.h"
+#include "support/temp_dir.h"
+
+namespace tevra {
+namespace {
+
+using ::testing::HasSubstr;
+using testing::PeerProcess;
+using testing::waitUntil;
+using testing::xdotool;
+
+constexpr const char* kTranscript = "hello from the system test";
+constexpr const char* kPolished = "Hello from the system test.";
+
+// The microphone of scripts/test-env: a FIFO that its PulseAudio server reads
+// as 48 kHz stereo frames.
+class VirtualMicrophone {
+public:
+    VirtualMicrophone() {
+        const char* path = std::getenv("TEVRA_TEST_MICROPHONE");
+        if (!path || !*path) {
+            ADD_FAILURE() << "TEVRA_TEST_MICROPHONE is not set: run under scripts/test-env";
+            return;
+        }
+        fd_ = ::open(path, O_WRONLY | O_NONBLOCK);
+        if (fd_ < 0) {
+            ADD_FAILURE() << "the virtual microphone " << path << " cannot be opened";
+        }
+    }
+    ~VirtualMicrophone() {
+        stopping_ = true;
+        if (thread_.joinable()) {
+            thread_.join();
+        }
+        if (fd_ >= 0) {
+            ::close(fd_);
+        }
+    }
+
+    // Plays frames at about the pace they would be spoken, on a thread of its own.
+    void speak(std::vector<int16_t> frames) {
+        thread_ = std::thread([this, frames = std::move(frames)] {
+            const auto* bytes = reinterpret_cast<const char*>(frames.data());
+            const std::size_t total = frames.size() * sizeof(int16_t);
+            constexpr std::size_t kChunk = 48000 * 2 * 2 / 50;  // 20 ms
+            std::size_t sent = 0;
+            while (sent < total && !stopping_) {
+                pollfd writable{fd_, POLLOUT, 0};
+                if (::poll(&writable, 1, 100) <= 0) {
+                    continue;
+                }
+                const ssize_t n = ::write(fd_, bytes + sent, std::min(kChunk, total - sent));
+                if (n > 0) {
+                    sent += static_cast<std::size_t>(n);
+                    std::this_thread::sleep_for(std::chrono::milliseconds(18));
+                }
+            }
+            done_ = true;
+        });
+    }
+    bool finished() const { return done_; }
+
+private:
+    int fd_ = -1;
+    std::atomic<bool> stopping_{false};
+    std::atomic<bool> done_{false};
+    std::thread thread_;
+};
+
+class DictationSystemTest : public ::testing::Test {
+protected:
+    testing::TempDir home;
+    testing::LoopbackServer service;
+    std::atomic<int> speechRequests{0};
+    std::atomic<int> speechStatus{200};
+    std::mutex audioMutex;
+    std::string lastAudio;
+    QProcess tevra;
+
+    std::filesystem::path dataDir() const { return home / "data" / "Tevra"; }
+
+    void SetUp() override {
+        service.server().Post("/v1/audio/transcriptions", [this](const httplib::Request& req,
+                                                                 httplib::Response& res,
+                                                                 const httplib::ContentReader&
+                                                                     reader) {
+            ++speechRequests;
+            for (auto& part : testing::readMultipart(reader)) {
+                if (part.name == "file") {
+                    std::lock_guard lock(audioMutex);
+                    lastAudio = std::move(part.content);
+                }
+            }
+            if (req.get_header_value("Authorization") != "Bearer relay-token") {
+                res.status = 401;
+                return;
+            }
+            res.status = speechStatus;
+            if (res.status == 200) {
+                res.set_content(nlohmann::json{{"text", kTranscript}}.dump(), "application/json");
+            } else {
+                res.set_content(R"({"error":{"message":"the speech model is down"}})",
+                                "application/json");
+            }
+        });
+        service.server().Post(
+            "/v1/chat/completions", [](const httplib::Request&, httplib::Response& res) {
+                res.set_content(
+                    nlohmann::json{{"choices", {{{"message", {{"content", kPolished}}}}}}}.dump(),
+                    "application/json");
+            });
+        service.start();
+        std::filesystem::create_directories(dataDir());
+    }
+
+    void TearDown() override {
+        if (tevra.state() != QProcess::NotRunning) {
+            tevra.terminate();
+            if (!tevra.waitForFinished(15000)) {
+                tevra.kill();
+                tevra.waitForFinished(5000);
+            }
+        }
+        if (HasFailure()) {
+            std::cerr << "--- tevra.log ---\n"
+                      << log() << "--- tevra stderr ---\n"
+                      << tevra.readAllStandardError().toStdString();
+        }
+    }
+
+    void startTevra(nlohmann::json settings = nlohmann::json::object()) {
+        settings["proxyBaseURL"] = service.baseURL() + "/v1";
+        std::ofstream(dataDir() / "settings.json") << settings.dump();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", QString::fromStdString((home / "data").string()));
+        env.insert("TEVRA_PROXY_TOKEN", "relay-token");
+        for (const char* name :
+             {"GROQ_API_KEY", "OPENAI_API_KEY", "DEEPINFRA_API_KEY", "FIREWORKS_API_KEY"}) {
+            env.remove(name);
+        }
+        env.remove("QT_QPA_PLATFORM");
+        tevra.setProcessEnvironment(env);
+        tevra.start(TEVRA_PATH, {});
+        ASSERT_TRUE(tevra.waitForStarted(10000)) << tevra.errorString().toStdString();
+        ASSERT_TRUE(waitForLog("hotkeys: ", 30)) << "tevra did not bring up its hotkeys";
+    }
+
+    std::string log() const {
+        std::ifstream in(dataDir() / "tevra.log");
+        return std::string((std::istreambuf_iterator<char>(in)), {});
+    }
+    bool waitForLog(const std::string& text, double seconds) {
+        return waitUntil([&] { return log().find(text) != std::string::npos; }, seconds);
+    }
+    // Lets the event loop and the other processes run for a while.
+    static void pause(double seconds) {
+        waitUntil([] { return false; }, seconds);
+    }
+
+    std::vector<std::filesystem::path> failedAudio() const {
+        std::vector<std::filesystem::path> files;
+        std::error_code ignored;
+        for (const auto& entry :
+             std::filesystem::directory_iterator(dataDir() / "failed", ignored)) {
+            files.push_back(entry.path());
+        }
+        return files;
+    }
+
+    // Holds keys down while the microphone speaks, then lets them go.
+    void dictate(const QStringList& keys, const std::string& startedLine) {
+        const auto speech = testing::spokenSamples(kTranscript, 48000, 2);
+        VirtualMicrophone microphone;
+        xdotool(QStringList{"keydown"} + keys);
+        ASSERT_TRUE(waitForLog(startedLine, 10)) << "no capture started";
+        pause(0.3);  // the record stream opens
+        microphone.speak(speech);
+        ASSERT_TRUE(waitUntil([&] { return microphone.finished(); }, 20));
+        pause(0.3);
+        QStringList reversed;
+        for (auto it = keys.rbegin(); it != keys.rend(); ++it) {
+            reversed << *it;
+        }
+        xdotool(QStringList{"keyup"} + reversed);
+    }
+};
+
+TEST_F(DictationSystemTest, HoldingTheTalkKeyPutsThePolishedTextIntoAnotherApplication) {
+    PeerProcess peer({.title = "Tevra system peer"});
+    peer.activate();
+    startTevra();
+    EXPECT_THAT(log(), HasSubstr("scheme=fn, fn-tap, autopaste=true"));
+
+    dictate({"Control_R"}, "Fn \u2192 Dictate");
+    const auto text = peer.waitFor(
+        "text", 30, [](const nlohmann::json& event) { return event["text"] == kPolished; });
+    ASSERT_TRUE(text.has_value()) << "the polished text never reached the peer";
+    EXPECT_EQ(speechRequests.load(), 1);
+    EXPECT_THAT(log(), ::testing::ContainsRegex("Dictate: [0-9]+ms stt \\+ [0-9]+ms compose"));
+
+    {
+        std::lock_guard lock(audioMutex);
+        const auto audio = WAV::readPCM16(lastAudio);
+        ASSERT_TRUE(std::holds_alternative<WAV::PCM16>(audio));
+        const auto& pcm = std::get<WAV::PCM16>(audio);
+        EXPECT_EQ(pcm.sampleRate, 16000);
+        EXPECT_GT(pcm.samples.size(), 16000u / 2) << "the speech was not recorded";
+    }
+    HistoryStore history((dataDir() / "weft.sqlite").string());
+    const auto rows = history.recent(5);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].raw, kTranscript);
+    EXPECT_EQ(rows[0].polished, kPolished);
+    EXPECT_EQ(rows[0].app, "TevraPeer");
+}
+
+TEST_F(DictationSystemTest, AFailingSpeechServiceKeepsTheAudioAndPastesNothing) {
+    speechStatus = 500;
+    PeerProcess peer({.title = "Tevra system peer"});
+    peer.activate();
+    startTevra();
+
+    dictate({"Control_R"}, "Fn \u2192 Dictate");
+    ASSERT_TRUE(waitForLog("FAILED: ", 30));
+    EXPECT_EQ(failedAudio().size(), 1u);
+    pause(0.5);
+    EXPECT_FALSE(peer.waitFor("text", 0.5).has_value()) << "something was pasted";
+}
+
+TEST_F(DictationSystemTest, EscDuringARecordingPastesNothing) {
+    PeerProcess peer({.title = "Tevra system peer"});
+    peer.activate();
+    startTevra();
+
+    xdotool({"keydown", "Control_R"});
+    ASSERT_TRUE(waitForLog("Fn \u2192 Dictate", 10));
+    pause(0.3);
+    xdotool({"key", "Escape"});
+    ASSERT_TRUE(waitForLog("cancelled (Esc)", 10));
+    xdotool({"keyup", "Control_R"});
+    pause(1.0);
+    EXPECT_EQ(speechRequests.load(), 0);
+    EXPECT_FALSE(peer.waitFor("text", 0.5).has_value());
+    const auto keyEvents = peer.waitFor(
+        "key", 0.1, [](const nlohmann::json& event) { return event["name"] == "escape"; });
+    EXPECT_FALSE(keyEvents.has_value()) << "Esc reached the application during the capture";
+}
+
+TEST_F(DictationSystemTest, TheAltSchemeDictatesToo) {
+    PeerProcess peer({.title = "Tevra system peer"});
+    peer.activate();
+    startTevra({{"hotkey", "option"}});
+    EXPECT_THAT(log(), HasSubstr("scheme=option, hotkey"));
+
+    dictate({"Alt_L", "1"}, "Fn \u2192 Dictate");
+    const auto text = peer.waitFor(
+        "text", 30, [](const nlohmann::json& event) { return event["text"] == kPolished; });
+    EXPECT_TRUE(text.has_value()) << "the polished text never reached the peer";
+}
+
+}  // namespace
+}  // namespace tevra
