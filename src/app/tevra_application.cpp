@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "app/qt/settings_file_watcher.h"
 #include "app/qt/tray_status_item.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
@@ -15,6 +16,8 @@
 #include "core/linux/libsecret_store.h"
 #include "core/log.h"
 #include "pill/qt/hud_controller.h"
+// Xlib last: its macros (None, Status) clash with Qt's names.
+#include "capture/linux/x_keyboard.h"
 
 namespace tevra {
 namespace {
@@ -47,7 +50,8 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
         std::make_shared<TextInserter>(queue_, std::make_shared<QtClipboard>(), keys, secure);
     services.contextReader =
         std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
-    services.chime = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
+    chime_ = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
+    services.chime = chime_;
     services.secureInput = secure;
     services.microphone = std::make_shared<PulseMicrophoneAccess>();
     services.statusItem = tray_;
@@ -63,6 +67,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
 }
 
 TevraApplication::~TevraApplication() {
+    settingsWatcher_.reset();
     delegate_.reset();
     // Dictations still in the pipeline end before the services they use go;
     // their results, posted for an event loop that has stopped, are dropped.
@@ -73,6 +78,17 @@ TevraApplication::~TevraApplication() {
 
 void TevraApplication::launch() {
     delegate_->applicationDidFinishLaunching();
+    const auto path = delegate_->runtime()->dataDir() / "settings.json";
+    settingsWatcher_ = std::make_unique<SettingsFileWatcher>(QString::fromStdString(path.string()),
+                                                             [this] { settingsFileChanged(); });
+}
+
+void TevraApplication::settingsFileChanged() {
+    WeftRuntime* runtime = delegate_->runtime();
+    runtime->reload();
+    chime_->setEnabled(runtime->settings().soundCues);
+    Log::write("settings changed");
+    notifications_.post(weftSettingsChanged);
 }
 
 std::string TevraApplication::talkKey() const {

@@ -6,11 +6,13 @@
 #include "app/qt/qt_main_queue.h"
 #include "capture/app_delegate.h"
 #include "capture/linux/x11_connection.h"
-#include "capture/linux/x_keyboard.h"
+#include "capture/linux/x_own_grabs.h"
 #include "core/notification_center.h"
 
 namespace tevra {
 
+class Chime;
+class SettingsFileWatcher;
 class TrayStatusItem;
 
 // The composition root of the desktop program: every platform service made
@@ -27,6 +29,8 @@ public:
     void launch();
 
 private:
+    // A hand edit of settings.json: the runtime reloads and the hotkeys follow.
+    void settingsFileChanged();
     std::unique_ptr<DesktopKeyboard> makeKeyboard();
     bool inputControlAvailable();
     std::string talkKey() const;
@@ -34,10 +38,12 @@ private:
     QtMainQueue queue_;
     NotificationCenter notifications_{queue_};
     std::shared_ptr<X11Connection> x_;
-    std::shared_ptr<XKeyboard::OwnGrabs> ownGrabs_ = std::make_shared<XKeyboard::OwnGrabs>();
+    std::shared_ptr<XOwnGrabs> ownGrabs_ = std::make_shared<XOwnGrabs>();
     std::shared_ptr<TrayStatusItem> tray_;
     std::shared_ptr<WorkPool> work_;
+    std::shared_ptr<Chime> chime_;
     std::shared_ptr<AppDelegate> delegate_;
+    std::unique_ptr<SettingsFileWatcher> settingsWatcher_;
 };
 
 }  // namespace tevra

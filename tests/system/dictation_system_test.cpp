@@ -24,6 +24,7 @@
 #include "support/desktop/peer_process.h"
 #include "support/loopback_server.h"
 #include "support/speech_samples.h"
+#include "support/subprocess.h"
 #include "support/temp_dir.h"
 
 namespace tevra {
@@ -281,6 +282,24 @@ TEST_F(DictationSystemTest, TheAltSchemeDictatesToo) {
     const auto text = peer.waitFor(
         "text", 30, [](const nlohmann::json& event) { return event["text"] == kPolished; });
     EXPECT_TRUE(text.has_value()) << "the polished text never reached the peer";
+}
+
+TEST_F(DictationSystemTest, AHandEditOfTheSettingsSwitchesTheKeysAtOnce) {
+    startTevra();
+    nlohmann::json edited = {{"hotkey", "option"}, {"proxyBaseURL", service.baseURL() + "/v1"}};
+    std::ofstream(dataDir() / "settings.json") << edited.dump();
+    EXPECT_TRUE(waitForLog("scheme=option, hotkey", 10)) << "the edit was not taken into use";
+}
+
+TEST(TevraWithoutADisplay, SaysSoInOneLineAndExits) {
+    for (const std::optional<std::string>& display :
+         {std::optional<std::string>(), std::optional<std::string>(":97")}) {
+        const auto result = testing::runProcess({TEVRA_PATH}, {{"DISPLAY", display}});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_THAT(result.err,
+                    HasSubstr(display ? "cannot open the X display :97" : "no X display"));
+    }
 }
 
 }  // namespace

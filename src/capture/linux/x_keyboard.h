@@ -2,7 +2,6 @@
 
 #include <X11/Xlib.h>
 
-#include <atomic>
 #include <memory>
 #include <set>
 #include <string>
@@ -12,6 +11,7 @@
 #include "capture/hotkey_backend.h"
 #include "capture/key_event_decoder.h"
 #include "capture/linux/x_display_thread.h"
+#include "capture/linux/x_own_grabs.h"
 #include "core/main_queue.h"
 
 namespace tevra {
@@ -31,17 +31,7 @@ namespace tevra {
 // queue in the order the server sent them.
 class XKeyboard : public DesktopKeyboard {
 public:
-    // The keys that are down now through one of the program's grabs, over all
-    // of its keyboards. While one is, the server has given the whole keyboard
-    // to Tevra, which is not a sign of a password prompt holding it.
-    class OwnGrabs {
-    public:
-        bool active() const { return count_.load() > 0; }
-        void add(int keys) { count_ += keys; }
-
-    private:
-        std::atomic<int> count_{0};
-    };
+    using OwnGrabs = XOwnGrabs;
 
     // talkKey is an X key symbol name such as "Control_R"; an unknown name
     // falls back to Control_R. An empty displayName means $DISPLAY.
