@@ -26,6 +26,7 @@ test: build-ci
 
 bench: build-release
 	@scripts/run-bench build/release/bench
+	@scripts/test-env scripts/measure-idle build/release/src/tevra
 
 format:
 	@find src tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format -i

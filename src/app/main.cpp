@@ -9,6 +9,7 @@
 #include <cstdlib>
 
 #include "app/cli.h"
+#include "app/single_instance.h"
 #include "app/tevra_application.h"
 #include "core/log.h"
 
@@ -53,6 +54,11 @@ int main(int argc, char** argv) {
     auto x = X11Connection::open();
     if (!x) {
         std::fprintf(stderr, "tevra: cannot open the X display %s.\n", display);
+        return 1;
+    }
+    const auto instance = SingleInstance::acquire(display);
+    if (!instance) {
+        std::fprintf(stderr, "tevra: Tevra is already running on display %s.\n", display);
         return 1;
     }
     // The hotkeys, the paste and the focus all speak X11; the clipboard and

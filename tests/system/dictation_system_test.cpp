@@ -284,8 +284,12 @@ TEST_F(DictationSystemTest, TheAltSchemeDictatesToo) {
     EXPECT_TRUE(text.has_value()) << "the polished text never reached the peer";
 }
 
-TEST_F(DictationSystemTest, AHandEditOfTheSettingsSwitchesTheKeysAtOnce) {
+TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTakesEffect) {
     startTevra();
+    const auto second = testing::runProcess({TEVRA_PATH});
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_THAT(second.err, HasSubstr("Tevra is already running on display"));
+
     nlohmann::json edited = {{"hotkey", "option"}, {"proxyBaseURL", service.baseURL() + "/v1"}};
     std::ofstream(dataDir() / "settings.json") << edited.dump();
     EXPECT_TRUE(waitForLog("scheme=option, hotkey", 10)) << "the edit was not taken into use";
