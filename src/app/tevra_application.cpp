@@ -78,6 +78,14 @@ TevraApplication::~TevraApplication() {
 
 void TevraApplication::launch() {
     delegate_->applicationDidFinishLaunching();
+    const WeftRuntime& runtime = *delegate_->runtime();
+    Log::write("keys: " + runtime.keyStatusDescription() +
+               (runtime.proxyToken() && !runtime.proxyToken()->empty() ? "  relay: \u2713" : ""));
+    if (!runtime.hasCloudSTT()) {
+        Log::write(
+            "no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep one in the "
+            "keyring (see the README)");
+    }
     const auto path = delegate_->runtime()->dataDir() / "settings.json";
     settingsWatcher_ = std::make_unique<SettingsFileWatcher>(QString::fromStdString(path.string()),
                                                              [this] { settingsFileChanged(); });
