@@ -134,6 +134,9 @@ std::vector<HistoryStore::TextRow> HistoryStore::rows(const std::string& sql, in
 
 void HistoryStore::add(const HistoryRow& row) {
     queue_.sync([&] {
+        // One transaction for the row and the prune: one write to disk, not two.
+        const bool inTransaction =
+            sqlite3_exec(db_, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
         const bool prepared =
             insert(kInsertHistory, {row.ts, row.app, row.raw, row.polished, sqlText(row.language),
                                     row.durationMs, row.sttMs, row.polishMs, row.insertMs,
@@ -141,6 +144,10 @@ void HistoryStore::add(const HistoryRow& row) {
         // The prune runs whatever the insert's step did, but not for a row never prepared.
         if (prepared) {
             exec(kPruneHistory);
+        }
+        if (inTransaction &&
+            sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+            sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);  // as a failed step
         }
     });
 }
