@@ -8,74 +8,84 @@
 namespace tevra {
 namespace {
 
-TEST(ModeDefaults, SeedsSixEnabledVoicesInSlotOrder) {
+TEST(ModeDefaults, SeedsSixEnabledVoicesWithTheirSummariesAndLabels) {
     struct Row {
-        std::int64_t slot;
-        std::string name;
-        std::string outputLanguage;
-        std::string signature;
-        bool isScreenshot;
-        bool isCommand;
+        std::string name, outputLanguage, signature, summary, label;
+        bool isScreenshot, isCommand;
     };
-    const std::vector<Row> expected = {
-        {0, "Dictate", "", "", false, false},
-        {1, "Command", "", "", false, true},
-        {2, "Email", "", "signs-off", false, false},
-        {3, "Formal message — 中文", "zh", "signs-off", false, false},
-        {4, "Formal message", "", "signs-off", false, false},
-        {5, "Screenshot → text", "", "", true, false},
+    const Row expected[] = {
+        {"Dictate", "", "", "Cleans up your speech into text, verbatim.", "Fn", false, false},
+        {"Command", "", "", "Does what you tell it and types the result.", "Fn 1", false, true},
+        {"Email", "", "signs-off", "Formats your speech as an email, signed with your signature.",
+         "Fn 2", false, false},
+        {"Formal message — 中文", "zh", "signs-off", "Rewrites formally in Simplified Chinese.",
+         "Fn 3", false, false},
+        {"Formal message", "", "signs-off", "Rewrites formally in the chosen language.", "Fn 4",
+         false, false},
+        {"Screenshot → text", "", "", "Reads text from a screen region.", "Fn 5", true, false},
     };
     const auto seed = ModeDefaults::seed();
-    ASSERT_EQ(seed.size(), expected.size());
+    ASSERT_EQ(seed.size(), std::size(expected));
     for (std::size_t i = 0; i < seed.size(); ++i) {
-        SCOPED_TRACE(seed[i].name);
-        EXPECT_EQ(seed[i].slot, expected[i].slot);
-        EXPECT_EQ(seed[i].name, expected[i].name);
-        EXPECT_EQ(seed[i].outputLanguage, expected[i].outputLanguage);
-        EXPECT_EQ(seed[i].signature, expected[i].signature);
-        EXPECT_EQ(seed[i].isScreenshot, expected[i].isScreenshot);
-        EXPECT_EQ(seed[i].isCommand, expected[i].isCommand);
-        EXPECT_TRUE(seed[i].enabled);
+        const Row& row = expected[i];
+        const Mode want{.slot = static_cast<std::int64_t>(i),
+                        .name = row.name,
+                        .instructions = seed[i].instructions,
+                        .outputLanguage = row.outputLanguage,
+                        .signature = row.signature,
+                        .isScreenshot = row.isScreenshot,
+                        .isCommand = row.isCommand,
+                        .enabled = true};
+        EXPECT_EQ(seed[i], want) << row.name;
+        EXPECT_EQ(seed[i].summary(), row.summary);
+        EXPECT_EQ(seed[i].hotkeyLabel(), row.label);
         EXPECT_FALSE(seed[i].instructions.empty());
     }
     EXPECT_EQ(seed[4].instructions, ModeDefaults::formalInstructions);
     EXPECT_EQ(Voice::signOffMarker, "signs-off");
 }
 
-TEST(Mode, SummaryOfTheSeed) {
-    const auto seed = ModeDefaults::seed();
-    EXPECT_EQ(seed[0].summary(), "Cleans up your speech into text, verbatim.");
-    EXPECT_EQ(seed[1].summary(), "Does what you tell it and types the result.");
-    EXPECT_EQ(seed[2].summary(), "Formats your speech as an email, signed with your signature.");
-    EXPECT_EQ(seed[3].summary(), "Rewrites formally in Simplified Chinese.");
-    EXPECT_EQ(seed[4].summary(), "Rewrites formally in the chosen language.");
-    EXPECT_EQ(seed[5].summary(), "Reads text from a screen region.");
-}
-
 TEST(Mode, SummaryTakesTheFirstRuleThatApplies) {
-    const Mode unsignedEmail{.slot = 7, .name = "Quick EMAIL reply", .instructions = "x"};
-    EXPECT_EQ(unsignedEmail.summary(), "Formats your speech as an email.");
-
-    Mode screenshotEmail = unsignedEmail;
-    screenshotEmail.isScreenshot = true;
-    screenshotEmail.isCommand = true;
-    EXPECT_EQ(screenshotEmail.summary(), "Reads text from a screen region.");
+    Mode mode{.slot = 7, .name = "Quick EMAIL reply", .instructions = "x"};
+    EXPECT_EQ(mode.summary(), "Formats your speech as an email.");
+    mode.isScreenshot = mode.isCommand = true;
+    EXPECT_EQ(mode.summary(), "Reads text from a screen region.");
 
     Mode commandOnSlotZero = ModeDefaults::seed()[1];
     commandOnSlotZero.slot = 0;
     EXPECT_EQ(commandOnSlotZero.summary(), "Does what you tell it and types the result.");
 
     // The language is named through the translation table, in any case.
-    const Mode german{.slot = 6, .name = "Formal", .instructions = "x", .outputLanguage = "DE"};
-    EXPECT_EQ(german.summary(), "Rewrites formally in German.");
-    const Mode unknown{.slot = 6, .name = "Formal", .instructions = "x", .outputLanguage = "xx"};
-    EXPECT_EQ(unknown.summary(), "Rewrites formally in xx.");
+    Mode formal{.slot = 6, .name = "Formal", .instructions = "x", .outputLanguage = "DE"};
+    EXPECT_EQ(formal.summary(), "Rewrites formally in German.");
+    formal.outputLanguage = "xx";
+    EXPECT_EQ(formal.summary(), "Rewrites formally in xx.");
+    EXPECT_EQ(formal.hotkeyLabel(), "Fn 6");
+    formal.slot = 12;
+    EXPECT_EQ(formal.hotkeyLabel(), "Fn 12");
 }
 
-TEST(Mode, HotkeyLabelNamesTheTalkKeyAndSlot) {
-    EXPECT_EQ(ModeDefaults::seed()[0].hotkeyLabel(), "Fn");
-    EXPECT_EQ(ModeDefaults::seed()[3].hotkeyLabel(), "Fn 3");
-    EXPECT_EQ((Mode{.slot = 12, .name = "Custom", .instructions = ""}.hotkeyLabel()), "Fn 12");
+TEST(Voice, DetectLanguageByScriptLettersAndMarkerWords) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"Zamówienie 浅灰色 jest gotowe", "zh"},  // Han wins over everything else
+        {"meeting in 東京 tomorrow", "zh"},
+        {"ZAŻÓŁĆ", "pl"},
+        {"Łukasz says hello", "pl"},
+        // "a" followed by a combining ogonek is the letter "ą".
+        {"prosze o szybka odpowiedz\u0328", "en"},
+        {"prosze o szybka\u0328 odpowiedz", "pl"},
+        // Marker words need blanks around them.
+        {"nie", "pl"},
+        {"Nie wiem", "pl"},
+        {"to jest ok", "pl"},
+        {"kawa oraz herbata", "pl"},
+        {"the internet is nice", "en"},
+        {"to jest.", "en"},
+        {"", "en"},
+    };
+    for (const auto& [text, language] : cases) {
+        EXPECT_EQ(Voice::detectLanguage(text), language) << text;
+    }
 }
 
 }  // namespace

@@ -20,14 +20,18 @@ std::string golden(const std::string& name) {
     std::ostringstream content;
     content << file.rdbuf();
     std::string text = content.str();
-    if (!text.empty() && text.back() == '\n') {
+    if (text.ends_with('\n')) {
         text.pop_back();
     }
     return text;
 }
 
-Mode seedMode(std::size_t slot) {
-    return ModeDefaults::seed().at(slot);
+Mode seedMode(std::size_t slot, std::string outputLanguage = "") {
+    Mode mode = ModeDefaults::seed().at(slot);
+    if (!outputLanguage.empty()) {
+        mode.outputLanguage = std::move(outputLanguage);
+    }
+    return mode;
 }
 
 const std::vector<std::string> kDictionary = {"Tevra", "GitHub"};
@@ -35,144 +39,132 @@ const std::vector<Replacement> kReplacements = {
     {"teh", "the"}, {"(\\d+) zl", "$1 zł", true}, {"e mail", "email"}};
 const std::vector<Snippet> kSnippets = {{"sig", "Best, Anna"}, {"addr", "ul. Długa 5, Kraków"}};
 
-bool endsWith(std::string_view s, std::string_view suffix) {
-    return s.size() >= suffix.size() && s.substr(s.size() - suffix.size()) == suffix;
-}
-
-TEST(PromptBuilderSystem, CommandFormHasOnlyItsRulesAndSpellings) {
-    Mode command = seedMode(1);
-    command.outputLanguage = "pl";
-    EXPECT_EQ(
-        PromptBuilder::system(command, {"Tevra", "Kestrum", "Łódź"}, kReplacements, kSnippets),
-        golden("command.txt"));
-
-    // The command flag is tested before the slot.
-    Mode onDictationSlot = command;
-    onDictationSlot.slot = 0;
-    EXPECT_EQ(PromptBuilder::system(onDictationSlot, {"Tevra", "Kestrum", "Łódź"}, {}, {}),
+TEST(PromptBuilderSystem, EachFormAndLanguageBlockMatchesItsGolden) {
+    const std::vector<std::string> commandWords = {"Tevra", "Kestrum", "Łódź"};
+    Mode command = seedMode(1, "pl");
+    EXPECT_EQ(PromptBuilder::system(command, commandWords, kReplacements, kSnippets),
               golden("command.txt"));
-
+    // The command flag is tested before the slot.
+    command.slot = 0;
+    EXPECT_EQ(PromptBuilder::system(command, commandWords, {}, {}), golden("command.txt"));
     EXPECT_EQ(PromptBuilder::system(command, {}, {}, {}).find("Exact spellings"),
               std::string::npos);
-}
 
-TEST(PromptBuilderSystem, DictationHeadWithAllThreeLists) {
     EXPECT_EQ(PromptBuilder::system(kDictionary, kReplacements, kSnippets),
               golden("dictation.txt"));
-
     // Slot 0 is dictation even when flagged as a screenshot voice.
     Mode screenshotOnSlotZero = seedMode(0);
     screenshotOnSlotZero.isScreenshot = true;
     EXPECT_EQ(PromptBuilder::system(screenshotOnSlotZero, kDictionary, kReplacements, kSnippets),
               golden("dictation.txt"));
-}
 
-TEST(PromptBuilderSystem, ScreenshotHead) {
     EXPECT_EQ(PromptBuilder::system(seedMode(5), {}, {}, {}), golden("screenshot.txt"));
-}
-
-TEST(PromptBuilderSystem, GhostwriteHeadLeavesLanguageToContextWhenNoneIsSet) {
     EXPECT_EQ(PromptBuilder::system(seedMode(2), {}, {}, {}, "Anna Nowak"),
               golden("ghostwrite_email.txt"));
-}
-
-TEST(PromptBuilderSystem, LanguageBlocks) {
     EXPECT_EQ(PromptBuilder::system(seedMode(3), {}, {}, {}), golden("ghostwrite_chinese.txt"));
-
     const Mode polish{.slot = 6,
                       .name = "Formal message — pl",
                       .instructions = std::string(ModeDefaults::formalInstructions),
                       .outputLanguage = "pl",
                       .signature = "signs-off"};
     EXPECT_EQ(PromptBuilder::system(polish, {}, {}, {}), golden("ghostwrite_polish.txt"));
+    EXPECT_EQ(PromptBuilder::system(seedMode(0, "en"), {}, {}, {}),
+              golden("dictation_english.txt"));
+    EXPECT_EQ(PromptBuilder::system(seedMode(5, "de"), {}, {}, {}),
+              golden("screenshot_german.txt"));
 
-    Mode english = seedMode(0);
-    english.outputLanguage = "en";
-    EXPECT_EQ(PromptBuilder::system(english, {}, {}, {}), golden("dictation_english.txt"));
-
-    Mode german = seedMode(5);
-    german.outputLanguage = "de";
-    EXPECT_EQ(PromptBuilder::system(german, {}, {}, {}), golden("screenshot_german.txt"));
-}
-
-TEST(PromptBuilderSystem, OtherCodesAreNamedWithoutRegister) {
-    Mode mode = seedMode(4);
-    mode.outputLanguage = "xx";
-    EXPECT_TRUE(endsWith(PromptBuilder::system(mode, {}, {}, {}), "\n\nWrite the output in xx."));
-
-    // Only the exact code "pl" brings the register.
-    mode.outputLanguage = "PL";
-    const auto upper = PromptBuilder::system(mode, {}, {}, {});
-    EXPECT_TRUE(endsWith(upper, "\n\nWrite the output in Polish."));
-    EXPECT_EQ(upper.find("POLISH BUSINESS REGISTER"), std::string::npos);
-}
-
-TEST(PromptBuilderSystem, PatternRulesNeverReachTheModel) {
-    const std::vector<Replacement> patternsOnly = {{"(\\d+) zl", "$1 zł", true}};
-    const auto prompt = PromptBuilder::system(seedMode(0), {}, patternsOnly, {});
-    EXPECT_EQ(prompt.find("Always replace"), std::string::npos);
-    EXPECT_EQ(prompt, PromptBuilder::system(seedMode(0), {}, {}, {}));
-}
-
-TEST(PromptBuilderOtherPrompts, InstructAndTranslate) {
     EXPECT_EQ(PromptBuilder::instructSystem({"Tevra", "Kestrum"}), golden("instruct.txt"));
     EXPECT_EQ(PromptBuilder::instructSystem({}).find("Exact spellings"), std::string::npos);
     EXPECT_EQ(PromptBuilder::translateSystem("zh"), golden("translate_chinese.txt"));
 }
 
-TEST(PromptBuilderUser, WritesEachContextLineUnderItsCondition) {
-    PolishContext full;
-    full.appName = "Mail";
-    full.bundleID = "org.gnome.Evolution";
-    full.windowTitle = "Re: Oferta 2024/17";
-    full.focusedText = "Dzień dobry,\n\ndziękujemy za zapytanie.";
-    full.tone = "formal, warm";
-    EXPECT_EQ(PromptBuilder::user("przesyłamy ofertę w załączniku", full), golden("user.txt"));
+TEST(PromptBuilderSystem, OtherCodesAreNamedWithoutRegisterAndPatternRulesStayLocal) {
+    EXPECT_TRUE(PromptBuilder::system(seedMode(4, "xx"), {}, {}, {})
+                    .ends_with("\n\nWrite the output in xx."));
+    // Only the exact code "pl" brings the register.
+    const auto upper = PromptBuilder::system(seedMode(4, "PL"), {}, {}, {});
+    EXPECT_TRUE(upper.ends_with("\n\nWrite the output in Polish."));
+    EXPECT_EQ(upper.find("POLISH BUSINESS REGISTER"), std::string::npos);
 
-    EXPECT_EQ(PromptBuilder::user("hi", {}), "\nDictation:\nhi");
-
-    PolishContext emptyTitle;
-    emptyTitle.appName = "Mail";
-    emptyTitle.windowTitle = "";
-    EXPECT_EQ(PromptBuilder::user("hi", emptyTitle), "Target app: Mail\n\nDictation:\nhi");
-
-    PolishContext titleWithoutApp;
-    titleWithoutApp.windowTitle = "Inbox";
-    titleWithoutApp.focusedText = "";
-    EXPECT_EQ(PromptBuilder::user("hi", titleWithoutApp), "\nDictation:\nhi");
-
-    PolishContext emptyButPresent;
-    emptyButPresent.appName = "";
-    emptyButPresent.tone = "";
-    EXPECT_EQ(PromptBuilder::user("hi", emptyButPresent), "Target app: \nTone: \n\nDictation:\nhi");
+    EXPECT_EQ(PromptBuilder::system(seedMode(0), {}, {{"(\\d+) zl", "$1 zł", true}}, {}),
+              PromptBuilder::system(seedMode(0), {}, {}, {}));
 }
 
-TEST(PromptBuilderUser, FocusedTextIsCutToFifteenHundredCharacters) {
-    // "é" as a base letter and a combining accent: one character, two code points.
-    const std::string character = "e\u0301";
+TEST(PromptBuilderUser, WritesEachContextLineUnderItsCondition) {
+    const PolishContext full{"Mail", "org.gnome.Evolution", "Re: Oferta 2024/17",
+                             "Dzień dobry,\n\ndziękujemy za zapytanie.", "formal, warm"};
+    EXPECT_EQ(PromptBuilder::user("przesyłamy ofertę w załączniku", full), golden("user.txt"));
+
+    const std::pair<PolishContext, std::string> cases[] = {
+        {{}, "\nDictation:\nhi"},
+        {{"Mail", std::nullopt, "", std::nullopt, std::nullopt},
+         "Target app: Mail\n\nDictation:\nhi"},
+        {{std::nullopt, std::nullopt, "Inbox", "", std::nullopt}, "\nDictation:\nhi"},
+        {{"", std::nullopt, std::nullopt, std::nullopt, ""},
+         "Target app: \nTone: \n\nDictation:\nhi"},
+    };
+    for (const auto& [context, expected] : cases) {
+        EXPECT_EQ(PromptBuilder::user("hi", context), expected);
+    }
+
+    // The focused text is cut to 1500 characters; "é" here is two code points.
     std::string head;
     for (int i = 0; i < 1500; ++i) {
-        head += character;
+        head += "e\u0301";
     }
-    const std::string expected =
-        "Text already in the field (context — do not repeat it):\n" + head + "\n\nDictation:\nx";
-
-    PolishContext context;
-    context.focusedText = head;
-    EXPECT_EQ(PromptBuilder::user("x", context), expected);
-    for (int i = 1500; i < 2000; ++i) {
-        *context.focusedText += character;
-    }
-    EXPECT_EQ(PromptBuilder::user("x", context), expected);
+    PolishContext longField;
+    longField.focusedText = head + "e\u0301e\u0301";
+    EXPECT_EQ(
+        PromptBuilder::user("x", longField),
+        "Text already in the field (context — do not repeat it):\n" + head + "\n\nDictation:\nx");
 }
 
 TEST(PromptBuilderLanguageName, FindsCodesInAnyCaseAndReturnsUnknownOnesAsGiven) {
-    EXPECT_EQ(PromptBuilder::languageName("ZH"), "Simplified Chinese");
-    EXPECT_EQ(PromptBuilder::languageName("PL"), "Polish");
-    EXPECT_EQ(PromptBuilder::languageName("de"), "German");
-    EXPECT_EQ(PromptBuilder::languageName("xx"), "xx");
-    EXPECT_EQ(PromptBuilder::languageName("XX"), "XX");
-    EXPECT_EQ(PromptBuilder::languageName(""), "");
+    for (const auto& [code, name] :
+         std::vector<std::pair<std::string, std::string>>{{"ZH", "Simplified Chinese"},
+                                                          {"PL", "Polish"},
+                                                          {"de", "German"},
+                                                          {"xx", "xx"},
+                                                          {"XX", "XX"},
+                                                          {"", ""}}) {
+        EXPECT_EQ(PromptBuilder::languageName(code), name);
+    }
+}
+
+TEST(Tone, TitleProfilesBeatApplicationProfilesAndMatchSubstringsInAnyCase) {
+    using PromptBuilder::tone;
+    const ToneProfile browser{"firefox", "neutral", "app"};
+    const ToneProfile gmail{"Gmail", "formal", "title"};
+    const std::optional<std::string> bundle = "org.mozilla.firefox";
+    EXPECT_EQ(tone(bundle, "Inbox - GMAIL - Mozilla Firefox", {browser, gmail}), "formal");
+    EXPECT_EQ(tone(bundle, "Inbox - GMAIL - Mozilla Firefox", {gmail, browser}), "formal");
+    EXPECT_EQ(tone(bundle, "Wikipedia", {gmail, browser}), "neutral");
+    EXPECT_EQ(tone(bundle, std::nullopt, {gmail, browser}), "neutral");
+    EXPECT_EQ(tone(std::nullopt, "Wikipedia", {gmail, browser}), std::nullopt);
+
+    // The first match within a kind; a title is never tested against application profiles.
+    const std::vector<ToneProfile> apps = {
+        {"TELEGRAM", "casual", "app"}, {"org.", "plain", "app"}, {"gram", "never", "app"}};
+    EXPECT_EQ(tone("org.Telegram.desktop", std::nullopt, apps), "casual");
+    EXPECT_EQ(tone("org.gnome.Evolution", std::nullopt, apps), "plain");
+    EXPECT_EQ(tone(std::nullopt, "telegram", apps), std::nullopt);
+
+    EXPECT_EQ(tone("org.gnome.Evolution", "Inbox", {{"", "t", "title"}, {"", "a", "app"}}),
+              std::nullopt)
+        << "empty patterns never match";
+
+    // Only "title", in any case, is a title match; any other kind is an application one.
+    EXPECT_EQ(tone(std::nullopt, "Slack | general", {{"slack", "brief", "TITLE"}}), "brief");
+    for (const std::string kind : {"", "window", "titles", "App"}) {
+        EXPECT_EQ(tone(std::nullopt, "Slack | general", {{"slack", "brief", kind}}), std::nullopt);
+        EXPECT_EQ(tone("com.slack.Slack", std::nullopt, {{"slack", "brief", kind}}), "brief");
+    }
+
+    const std::vector<std::pair<std::string, std::string>> pairs = {{"Gmail", "formal"},
+                                                                    {"slack", "brief"}};
+    EXPECT_EQ(tone("com.slack.Slack", pairs), "brief");
+    EXPECT_EQ(tone("mail.gmail.app", pairs), "formal");
+    EXPECT_EQ(tone(std::nullopt, pairs), std::nullopt);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 namespace tevra {
 namespace {
 
-WeftSettings identity(std::string style) {
+WeftSettings identity(std::string style, std::string signature = "") {
     WeftSettings s;
     s.userFirstName = " Anna ";
     s.userLastName = "Kowalska\n";
@@ -15,26 +15,41 @@ WeftSettings identity(std::string style) {
     s.userPhone = "+48 600 100 200";
     s.userEmail = "anna@acme.pl";
     s.signatureStyle = std::move(style);
+    s.userSignature = std::move(signature);
     return s;
 }
 
 const std::string kFull = "Anna Kowalska\nAcme Sp. z o.o.\n+48 600 100 200 \u00B7 anna@acme.pl";
 
 TEST(Signature, EachStyleBuildsItsBlockFromTrimmedFields) {
-    EXPECT_EQ(Signature::build(identity("name")), "Anna Kowalska");
-    EXPECT_EQ(Signature::build(identity("name_phone")), "Anna Kowalska\n+48 600 100 200");
-    EXPECT_EQ(Signature::build(identity("full")), kFull);
-    EXPECT_EQ(Signature::build(identity("legal")),
-              kFull + "\n\n" + std::string(Signature::defaultLegalFooter));
-
-    auto custom = identity("custom");
-    custom.userSignature = "\n  Pozdrawiam,\nAnia  \n";
-    EXPECT_EQ(Signature::build(custom), "Pozdrawiam,\nAnia");
-
-    for (const char* unknown : {"", "formal", "Full"}) {
-        EXPECT_EQ(Signature::build(identity(unknown)), "Anna Kowalska") << unknown;
+    const std::pair<WeftSettings, std::string> cases[] = {
+        {identity("name"), "Anna Kowalska"},
+        {identity("name_phone"), "Anna Kowalska\n+48 600 100 200"},
+        {identity("full"), kFull},
+        {identity("legal"),
+         kFull + "\n\nThis message and any attachments are confidential and intended solely for "
+                 "the named recipient. If you are not the intended recipient, please notify the "
+                 "sender and delete this message. Personal data is processed in accordance with "
+                 "the GDPR (RODO)."},
+        {identity("legal", " Poufne. "), kFull + "\n\nPoufne."},
+        {identity("custom", "\n  Pozdrawiam,\nAnia  \n"), "Pozdrawiam,\nAnia"},
+        {identity("custom", " "), ""},  // custom text is never replaced by the name
+        {identity(""), "Anna Kowalska"},
+        {identity("Full"), "Anna Kowalska"},
+        {WeftSettings{}, ""},
+    };
+    for (const auto& [settings, expected] : cases) {
+        EXPECT_EQ(Signature::build(settings), expected) << settings.signatureStyle;
     }
     EXPECT_EQ(WeftSettings{}.signatureStyle, "name");
+
+    // The default footer only ever follows an identity block.
+    WeftSettings footerOnly;
+    footerOnly.signatureStyle = "legal";
+    footerOnly.userSignature = "Confidential.";
+    EXPECT_EQ(Signature::build(footerOnly), "Confidential.");
+    footerOnly.userSignature = "";
+    EXPECT_EQ(Signature::build(footerOnly), "");
 }
 
 TEST(Signature, BlankFieldsLeaveNoSeparatorsBehind) {
@@ -50,40 +65,9 @@ TEST(Signature, BlankFieldsLeaveNoSeparatorsBehind) {
     auto phoneOnly = identity("name_phone");
     phoneOnly.userFirstName = phoneOnly.userLastName = " ";
     EXPECT_EQ(Signature::build(phoneOnly), "+48 600 100 200");
-
     auto contactOnly = identity("full");
     contactOnly.userFirstName = contactOnly.userLastName = contactOnly.userCompany = "";
     EXPECT_EQ(Signature::build(contactOnly), "+48 600 100 200 \u00B7 anna@acme.pl");
-}
-
-TEST(Signature, NoIdentityGivesNoSignOffInAnyStyle) {
-    for (const char* style : {"name", "name_phone", "full", "legal", "custom", "other"}) {
-        WeftSettings s;
-        s.signatureStyle = style;
-        s.userFirstName = "  ";
-        EXPECT_EQ(Signature::build(s), "") << style;
-    }
-    auto custom = identity("custom");
-    custom.userSignature = " ";
-    EXPECT_EQ(Signature::build(custom), "") << "custom text is never replaced by the name";
-}
-
-TEST(Signature, LegalFooterIsTheUsersOwnTextOrTheDefault) {
-    auto own = identity("legal");
-    own.userSignature = " Poufne. ";
-    EXPECT_EQ(Signature::build(own), kFull + "\n\nPoufne.");
-
-    // The default footer only ever follows an identity block.
-    WeftSettings footerOnly;
-    footerOnly.signatureStyle = "legal";
-    footerOnly.userSignature = "Confidential.";
-    EXPECT_EQ(Signature::build(footerOnly), "Confidential.");
-
-    EXPECT_EQ(Signature::defaultLegalFooter,
-              "This message and any attachments are confidential and intended solely for the "
-              "named recipient. If you are not the intended recipient, please notify the sender "
-              "and delete this message. Personal data is processed in accordance with the GDPR "
-              "(RODO).");
 }
 
 TEST(Signature, PersonaNamesWhomTheGhostwriterWritesFor) {
