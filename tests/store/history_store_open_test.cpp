@@ -1,8 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <fstream>
-#include <iterator>
 
 #include "store/history_store.h"
 #include "store/raw_database.h"
@@ -44,53 +40,23 @@ const std::vector<std::string> kStoredSchema = {
 const char* const kSchemaQuery =
     "SELECT sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY rowid";
 
-mode_t permissions(const std::string& path) {
-    struct stat info {};
-    EXPECT_EQ(stat(path.c_str(), &info), 0) << path;
-    return info.st_mode & 07777;
-}
-
-std::string contents(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-std::string describeFailure(const std::function<void()>& open) {
-    try {
-        open();
-    } catch (const std::exception& e) {
-        return describe(e);
-    }
-    return "no error";
-}
-
-TEST(HistoryStoreOpen, CreatesTheSchemaInWalModeInNewDirectoriesOwnerOnly) {
+TEST(HistoryStoreOpen, CreatesTheSchemaOwnerOnlyAndReopensWithoutAChange) {
     TempDir dir;
     const std::string path = (dir / "data/Tevra/weft.sqlite").string();
-    HistoryStore store(path);
-
-    RawDatabase raw(path);
-    EXPECT_EQ(raw.column(kSchemaQuery), kStoredSchema);
-    EXPECT_EQ(raw.value("PRAGMA journal_mode"), "wal");
-    for (const std::string& file : {path, path + "-wal", path + "-shm"}) {
-        EXPECT_EQ(permissions(file), 0600) << file;
-    }
-}
-
-TEST(HistoryStoreOpen, ReopeningChangesNothingAndKeepsTheData) {
-    TempDir dir;
-    const std::string path = (dir / "weft.sqlite").string();
     {
         HistoryStore store(path);
         store.seedDefaultsIfEmpty();
         store.addToneProfile("code", "plain", "title");
         store.add(HistoryRow{.ts = 100, .app = "kate", .raw = "a", .polished = "A"});
+        EXPECT_EQ(RawDatabase(path).column(kSchemaQuery), kStoredSchema);
+        EXPECT_EQ(RawDatabase(path).value("PRAGMA journal_mode"), "wal");
+        for (const std::string& file : {path, path + "-wal", path + "-shm"}) {
+            EXPECT_EQ(testing::modeOf(file), 0600u) << file;
+        }
     }
-    const auto before = RawDatabase(path).column(kSchemaQuery);
     HistoryStore reopened(path);
     reopened.seedDefaultsIfEmpty();
-
-    EXPECT_EQ(RawDatabase(path).column(kSchemaQuery), before);
+    EXPECT_EQ(RawDatabase(path).column(kSchemaQuery), kStoredSchema);
     EXPECT_EQ(reopened.recent(-1).size(), 1u);
     EXPECT_EQ(reopened.toneProfiles().size(), 8u);
     EXPECT_EQ(reopened.modes().size(), 6u);
@@ -103,58 +69,45 @@ TEST(HistoryStoreOpen, AnOlderDatabaseGainsMatchKindAndIsCommand) {
         RawDatabase old(path);
         old.exec(
             "CREATE TABLE tone_profiles(id INTEGER PRIMARY KEY AUTOINCREMENT, bundle_pattern TEXT "
-            "UNIQUE, tone TEXT)");
-        old.exec(
+            "UNIQUE, tone TEXT);"
             "CREATE TABLE modes(slot INTEGER PRIMARY KEY, name TEXT, instructions TEXT, "
             "output_language TEXT, signature TEXT, is_screenshot INT DEFAULT 0, enabled INT "
-            "DEFAULT 1)");
-        old.exec("INSERT INTO tone_profiles(bundle_pattern,tone) VALUES('slack','casual')");
-        old.exec("INSERT INTO modes VALUES(7,'Old','Do it.','de','',0,1)");
+            "DEFAULT 1);"
+            "INSERT INTO tone_profiles(bundle_pattern,tone) VALUES('slack','casual');"
+            "INSERT INTO modes VALUES(7,'Old','Do it.','de','',0,1)");
     }
     HistoryStore store(path);
-
     EXPECT_EQ(store.toneProfiles(), (std::vector<ToneProfile>{{"slack", "casual", "app"}}));
-    EXPECT_EQ(store.modes(), (std::vector<Mode>{{.slot = 7,
-                                                 .name = "Old",
-                                                 .instructions = "Do it.",
-                                                 .outputLanguage = "de",
-                                                 .isCommand = false}}));
+    EXPECT_EQ(store.modes(),
+              (std::vector<Mode>{
+                  {.slot = 7, .name = "Old", .instructions = "Do it.", .outputLanguage = "de"}}));
     store.saveMode({.slot = 8, .name = "New", .isCommand = true});
-    ASSERT_TRUE(store.mode(8));
-    EXPECT_TRUE(store.mode(8)->isCommand);
+    EXPECT_TRUE(store.mode(8).value().isCommand);
 }
 
-TEST(HistoryStoreOpen, PathsThatCannotHoldADatabaseThrow) {
+TEST(HistoryStoreOpen, WhatCannotHoldADatabaseThrowsAndIsLeftAsItWas) {
     TempDir dir;
-
     const std::string directory = (dir / "taken").string();
     std::filesystem::create_directory(directory);
-    EXPECT_EQ(describeFailure([&] { HistoryStore store(directory); }), "cannot open " + directory);
-
-    // The parent "directory" is a regular file: the file system refuses.
-    std::ofstream((dir / "plain").string()) << "x";
-    EXPECT_THROW(HistoryStore((dir / "plain/sub/weft.sqlite").string()),
-                 std::filesystem::filesystem_error);
-}
-
-TEST(HistoryStoreOpen, AFileThatIsNotADatabaseThrowsAndIsLeftAsItWas) {
-    TempDir dir;
-    const std::string path = (dir / "weft.sqlite").string();
     std::string garbage;
     for (int i = 0; i < 4096; ++i) {
         garbage += static_cast<char>((i * 131 + 7) % 256);
     }
-    std::ofstream(path, std::ios::binary) << garbage;
+    const std::string corrupt = (dir / "weft.sqlite").string();
+    std::ofstream(corrupt, std::ios::binary) << garbage;
 
-    try {
-        HistoryStore store(path);
-        FAIL() << "opened a file that is not a database";
-    } catch (const StoreOpenError& e) {
-        EXPECT_EQ(e.description(), "cannot open " + path);
-        EXPECT_STREQ(StoreOpenError::domain, "weft.sqlite");
-        EXPECT_EQ(StoreOpenError::code, 1);
+    for (const std::string& path : {directory, corrupt}) {
+        try {
+            HistoryStore store(path);
+            ADD_FAILURE() << "opened " << path;
+        } catch (const StoreOpenError& e) {
+            EXPECT_EQ(e.description(), "cannot open " + path);
+        }
     }
-    EXPECT_EQ(contents(path), garbage);
+    EXPECT_EQ(testing::readFile(corrupt), garbage);
+    // The parent "directory" is a regular file: the file system refuses.
+    EXPECT_THROW(HistoryStore((dir / "weft.sqlite/sub/weft.sqlite").string()),
+                 std::filesystem::filesystem_error);
 }
 
 TEST(HistoryStoreOpen, NothingFailsAfterOpenEvenWhenTheTablesAreGone) {
@@ -163,13 +116,9 @@ TEST(HistoryStoreOpen, NothingFailsAfterOpenEvenWhenTheTablesAreGone) {
     HistoryStore store(path);
     store.seedDefaultsIfEmpty();
     store.add(HistoryRow{.ts = 1, .words = 3});
-    {
-        RawDatabase raw(path);
-        for (const char* table :
-             {"history", "dictionary", "replacements", "snippets", "tone_profiles", "modes"}) {
-            raw.exec(std::string("DROP TABLE ") + table);
-        }
-    }
+    RawDatabase(path).exec(
+        "DROP TABLE history; DROP TABLE dictionary; DROP TABLE replacements; DROP TABLE snippets;"
+        "DROP TABLE tone_profiles; DROP TABLE modes");
 
     store.add(HistoryRow{.ts = 2});
     store.addDictionary("x");
