@@ -11,21 +11,15 @@
 namespace tevra {
 namespace {
 
-using testing::RecordingStore;
 using testing::ScriptedPolisher;
-using testing::ScriptedTranscriber;
 
-WeftSettings annAtAcme() {
-    WeftSettings s;
-    s.userFirstName = "Ann";
-    s.userLastName = "Lee";
-    s.userCompany = "Acme";
-    s.signatureStyle = "full";
-    return s;
-}
-
-Mode email() {
-    return ModeDefaults::seed().at(2);
+std::string failure(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const PipelineError& e) {
+        return e.description();
+    }
+    return "(no PipelineError)";
 }
 
 class PipelineModesTest : public ::testing::Test {
@@ -36,21 +30,21 @@ protected:
                             std::vector<std::shared_ptr<const TranscriptionBackend>>{stt}),
                         std::move(polishers), store, std::move(settings));
     }
-    // The description of the PipelineError the call raises.
-    static std::string failure(const std::function<void()>& call) {
-        try {
-            call();
-        } catch (const PipelineError& e) {
-            return e.description();
-        }
-        throw std::logic_error("expected a PipelineError");
+    static WeftSettings annAtAcme() {
+        WeftSettings s;
+        s.userFirstName = "Ann";
+        s.userLastName = "Lee";
+        s.userCompany = "Acme";
+        s.signatureStyle = "full";
+        return s;
     }
 
-    std::shared_ptr<ScriptedTranscriber> stt =
-        ScriptedTranscriber::returning("groq", "tell bob the invoice is late", "en");
-    std::shared_ptr<RecordingStore> store = std::make_shared<RecordingStore>();
+    std::shared_ptr<testing::ScriptedTranscriber> stt =
+        testing::ScriptedTranscriber::returning("groq", "tell bob the invoice is late", "en");
+    std::shared_ptr<testing::RecordingStore> store = std::make_shared<testing::RecordingStore>();
     const std::vector<int16_t> speech = std::vector<int16_t>(24000, 2000);
     const PolishContext mail{"Mail", "org.gnome.Evolution", "Re: invoice", std::nullopt, "warm"};
+    const Mode email = ModeDefaults::seed().at(2);
 };
 
 TEST_F(PipelineModesTest, AVoiceComposesWithItsPromptAndSignsOff) {
@@ -60,54 +54,39 @@ TEST_F(PipelineModesTest, AVoiceComposesWithItsPromptAndSignsOff) {
     auto broken = ScriptedPolisher::failing("groq", WeftHTTPError(500));
     auto working = ScriptedPolisher::returning("openai", "Hi Bob,\nthe invoice is late.");
 
-    const auto result = make({broken, working}).runMode(email(), speech, 16000, mail);
+    const auto result = make({broken, working}).runMode(email, speech, 16000, mail);
     EXPECT_EQ(result.polished, "Hi Bob,\nthe invoice is late.\n\nAnn Lee\nAcme");
     EXPECT_EQ(result.raw, "tell bob the invoice is late");
-    EXPECT_EQ(result.language, "en");
     EXPECT_EQ(result.polishBackend, "mode:Email");
-
     const auto asked = working->composed();
     ASSERT_EQ(asked.size(), 1u);
     EXPECT_EQ(asked[0].system,
-              PromptBuilder::system(email(), store->dictionaryWords, store->replacementRules,
+              PromptBuilder::system(email, store->dictionaryWords, store->replacementRules,
                                     store->snippetList, "Ann Lee of Acme"));
     EXPECT_EQ(asked[0].user, PromptBuilder::user("tell bob the invoice is late", mail));
     EXPECT_DOUBLE_EQ(asked[0].temperature, 0.3);
-    EXPECT_EQ(broken->composed().size(), 1u);
+    ASSERT_EQ(store->rows().size(), 1u);
+    EXPECT_EQ(store->rows()[0].durationMs, 1500);
+    EXPECT_EQ(store->rows()[0].polishBackend, "mode:Email");
 
-    const auto rows = store->rows();
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_EQ(rows[0].durationMs, 1500);
-    EXPECT_EQ(rows[0].polished, result.polished);
-    EXPECT_EQ(rows[0].polishBackend, "mode:Email");
-}
-
-TEST_F(PipelineModesTest, TheSignOffFollowsTheVoiceSwitchAndTheUsersDetails) {
+    // The sign-off follows the voice's switch and the user's details; the
+    // switch's own text is never printed.
     auto model = ScriptedPolisher::returning("groq", "Body.");
-    Mode marked = email();
+    Mode marked = email;
     marked.signature = "Sent from my phone";
-    EXPECT_EQ(make({model}).runMode(marked, speech, 16000, {}).polished, "Body.\n\nAnn Lee\nAcme")
-        << "the switch's own text is never printed";
+    EXPECT_EQ(make({model}).runMode(marked, speech, 16000, {}).polished, "Body.\n\nAnn Lee\nAcme");
     marked.signature = "";
     EXPECT_EQ(make({model}).runMode(marked, speech, 16000, {}).polished, "Body.");
-
     WeftSettings nobody;
     nobody.signatureStyle = "full";
-    EXPECT_EQ(make({model}, nobody).runMode(email(), speech, 16000, {}).polished, "Body.")
-        << "no sign-off, no trailing blank lines";
-
-    // With no polisher the rule text is signed and labelled like a composed one.
-    const auto rules = make({}).runMode(email(), speech, 16000, {});
-    EXPECT_EQ(rules.polished, "Tell bob the invoice is late.\n\nAnn Lee\nAcme");
-    EXPECT_EQ(rules.polishBackend, "mode:Email");
+    EXPECT_EQ(make({model}, nobody).runMode(email, speech, 16000, {}).polished, "Body.");
 }
 
 TEST_F(PipelineModesTest, EncodedAudioAndScreenTextPaths) {
     auto model = ScriptedPolisher::returning("groq", "Clean text.");
-
     // Encoded audio: no silence test and no history.
     const auto fromWav =
-        make({model}).runModeOnWav(email(), WAV::data(std::vector<int16_t>(1600), 16000), mail);
+        make({model}).runModeOnWav(email, WAV::data(std::vector<int16_t>(1600), 16000), mail);
     EXPECT_EQ(fromWav.polished, "Clean text.\n\nAnn Lee\nAcme");
     EXPECT_EQ(fromWav.polishBackend, "mode:Email");
     EXPECT_TRUE(store->rows().empty());
@@ -118,26 +97,24 @@ TEST_F(PipelineModesTest, EncodedAudioAndScreenTextPaths) {
     EXPECT_EQ(model->composed().back().user, PromptBuilder::user(" 0rder ", mail));
     EXPECT_EQ(fromText.raw, " 0rder ");
     EXPECT_EQ(fromText.language, "zh") << "the voice's output language";
-    EXPECT_EQ(fromText.sttMs, 0);
     EXPECT_EQ(fromText.sttBackend, "ocr");
     EXPECT_EQ(fromText.polishBackend, "mode:Formal message — 中文");
-    const auto rows = store->rows();
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_EQ(rows[0].sttBackend, "ocr");
-    EXPECT_EQ(rows[0].durationMs, 0);
+    ASSERT_EQ(store->rows().size(), 1u);
+    EXPECT_EQ(store->rows()[0].sttBackend, "ocr");
+    EXPECT_EQ(store->rows()[0].durationMs, 0);
 }
 
 TEST_F(PipelineModesTest, NearSilenceStopsEverySpokenPathBeforeTheNetwork) {
     const Pipeline p = make({ScriptedPolisher::returning("groq", "never")});
     const std::vector<int16_t> quiet(16000, 119);
     const std::string nearSilent = "no speech detected (audio near-silent)";
-    EXPECT_EQ(failure([&] { p.runMode(email(), quiet, 16000, {}); }), nearSilent);
+    EXPECT_EQ(failure([&] { p.runMode(email, quiet, 16000, {}); }), nearSilent);
     EXPECT_EQ(failure([&] { p.instruct(quiet, 16000, {}); }), nearSilent);
     EXPECT_EQ(failure([&] { p.dictateToTranslate(quiet, 16000, "de", {}); }), nearSilent);
     EXPECT_TRUE(stt->calls().empty());
 }
 
-TEST_F(PipelineModesTest, AnInstructionNeedsAPolisherThatFollowsOne) {
+TEST_F(PipelineModesTest, InstructionsAndTranslationsNeedAModelAndHaveNoRuleFallback) {
     store->dictionaryWords = {"Tevra"};
     WeftSettings off = annAtAcme();
     off.polishEnabled = false;
@@ -152,37 +129,23 @@ TEST_F(PipelineModesTest, AnInstructionNeedsAPolisherThatFollowsOne) {
     ASSERT_EQ(store->rows().size(), 2u);
     EXPECT_EQ(store->rows()[1].durationMs, 777);
 
-    EXPECT_EQ(failure([&] { make({}).instruct(speech, 16000, {}); }),
-              "command failed: no LLM backend available");
-    EXPECT_EQ(failure([&] {
-                  make({ScriptedPolisher::failing("groq", WeftHTTPError(500)),
-                        std::make_shared<RulesPolisher>()})
-                      .instruct(speech, 16000, {});
-              }),
-              "command failed: rules cannot execute instructions (needs an LLM)");
-    EXPECT_EQ(store->rows().size(), 2u) << "no rule fallback, nothing stored";
-}
-
-TEST_F(PipelineModesTest, TranslationSendsTheTextAsGivenAtLowTemperature) {
-    auto broken = ScriptedPolisher::failing("groq", WeftHTTPError(503));
-    auto model = ScriptedPolisher::returning("openai", "Good morning");
-    EXPECT_EQ(make({broken, model}).translate("  Dzień dobry\n", "en"), "Good morning");
-    const auto asked = model->composed();
-    ASSERT_EQ(asked.size(), 1u);
-    EXPECT_EQ(asked[0].system, PromptBuilder::translateSystem("en"));
-    EXPECT_EQ(asked[0].user, "  Dzień dobry\n");
-    EXPECT_DOUBLE_EQ(asked[0].temperature, 0.2);
-    EXPECT_TRUE(store->rows().empty()) << "a translation alone is not history";
-
+    const std::string noModel = "command failed: no LLM backend available";
+    EXPECT_EQ(failure([&] { make({}).instruct(speech, 16000, {}); }), noModel);
+    EXPECT_EQ(failure([&] { make({}).translate("Dzień dobry", "en"); }), noModel);
+    EXPECT_EQ(failure([&] { make({}).dictateToTranslate(speech, 16000, "de", mail); }), noModel);
     EXPECT_EQ(failure([&] { make({model}).translate(" \n\t ", "en"); }),
               "transcription came back empty");
-    EXPECT_EQ(failure([&] { make({}).translate("Dzień dobry", "en"); }),
-              "command failed: no LLM backend available");
+    auto broken = ScriptedPolisher::failing("groq", WeftHTTPError(503));
+    EXPECT_EQ(failure([&] {
+                  make({broken, std::make_shared<RulesPolisher>()}).instruct(speech, 16000, {});
+              }),
+              "command failed: rules cannot execute instructions (needs an LLM)");
     EXPECT_EQ(
         failure([&] {
             make({ScriptedPolisher::failing("a", WeftHTTPError(401)), broken}).translate("x", "en");
         }),
         "command failed: HTTP 503");
+    EXPECT_EQ(store->rows().size(), 2u) << "nothing failed is stored";
 }
 
 TEST_F(PipelineModesTest, DictationEndsInATranslation) {
@@ -194,10 +157,10 @@ TEST_F(PipelineModesTest, DictationEndsInATranslation) {
     EXPECT_EQ(model->composed().at(0).system, PromptBuilder::translateSystem("de"));
     ASSERT_EQ(store->rows().size(), 1u);
     EXPECT_EQ(store->rows()[0].polishBackend, "translate:de");
-
-    EXPECT_EQ(failure([&] { make({}).dictateToTranslate(speech, 16000, "de", mail); }),
-              "command failed: no LLM backend available");
-    EXPECT_EQ(store->rows().size(), 1u);
+    auto broken = ScriptedPolisher::failing("openai", WeftHTTPError(503));
+    EXPECT_EQ(make({broken, model}).translate("Dzień dobry", "de"),
+              "Sag Bob, die Rechnung ist spät.");
+    EXPECT_EQ(store->rows().size(), 1u) << "a translation alone is not history";
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 #include "core/weft_runtime.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "store/history_store.h"
@@ -14,8 +12,7 @@
 namespace tevra {
 namespace {
 
-using ::testing::StartsWith;
-
+namespace fs = std::filesystem;
 using testing::MemorySecretStore;
 
 class WeftRuntimeTest : public ::testing::Test {
@@ -32,13 +29,8 @@ protected:
         service.start();
     }
     void writeSettings(const nlohmann::json& json) {
-        std::filesystem::create_directories(dir.path());
+        fs::create_directories(dir.path());
         std::ofstream(dir / "settings.json") << json.dump();
-    }
-    std::shared_ptr<MemorySecretStore> relayKeyring() {
-        auto secrets = std::make_shared<MemorySecretStore>();
-        secrets->store("TEVRA_PROXY_TOKEN", "tok");
-        return secrets;
     }
 
     testing::TempDir dir;
@@ -47,27 +39,28 @@ protected:
 
 TEST_F(WeftRuntimeTest, DictationWorksWhenTheDatabaseCannotBeOpened) {
     writeSettings({{"proxyBaseURL", service.baseURL() + "/v1"}, {"polishProvider", "rules"}});
+    auto secrets = std::make_shared<MemorySecretStore>();
+    secrets->store("TEVRA_PROXY_TOKEN", "tok");
     // A directory where the database file belongs; then a file that is not SQLite.
-    std::filesystem::create_directories(dir / "weft.sqlite");
+    fs::create_directories(dir / "weft.sqlite");
     for (int attempt = 0; attempt < 2; ++attempt) {
-        WeftRuntime runtime(dir.path(), true, relayKeyring());
+        WeftRuntime runtime(dir.path(), true, secrets);
         EXPECT_EQ(runtime.store(), nullptr);
         const auto result =
             runtime.pipeline()->process(std::vector<int16_t>(16000, 2000), 16000, {});
         EXPECT_EQ(result.polished, "Kept without a store.");
         EXPECT_EQ(result.sttBackend, "kestrum");
 
-        std::filesystem::remove_all(dir / "weft.sqlite");
+        fs::remove_all(dir / "weft.sqlite");
         std::ofstream(dir / "weft.sqlite") << std::string(4096, 'x');
     }
 }
 
-TEST_F(WeftRuntimeTest, OpensAndSeedsTheStoreAndReloadsSettings) {
+TEST_F(WeftRuntimeTest, OpensAndSeedsTheStoreReloadsSettingsAndKeepsFailedAudio) {
     WeftRuntime runtime(dir.path(), false, nullptr);
     ASSERT_NE(runtime.store(), nullptr);
     EXPECT_FALSE(runtime.store()->modes().empty()) << "the built-in voices are seeded";
-    EXPECT_EQ(std::filesystem::status(dir.path()).permissions() & std::filesystem::perms::all,
-              std::filesystem::perms::owner_all);
+    EXPECT_EQ(testing::modeOf(dir.path()), 0700u);
     EXPECT_TRUE(runtime.keys().empty());
     EXPECT_FALSE(runtime.hasCloudSTT());
 
@@ -77,6 +70,14 @@ TEST_F(WeftRuntimeTest, OpensAndSeedsTheStoreAndReloadsSettings) {
     EXPECT_EQ(runtime.settings().languageHint, "pl");
     EXPECT_NE(runtime.pipeline(), before) << "the pipeline is swapped whole";
     EXPECT_EQ(before->settings().languageHint, "") << "the old pipeline keeps its settings";
+
+    const auto path = runtime.saveFailedAudio("RIFF-bytes");
+    ASSERT_TRUE(path.has_value());
+    EXPECT_EQ(path->parent_path(), dir / "failed");
+    EXPECT_TRUE(path->filename().string().starts_with("dictation-"));
+    EXPECT_EQ(path->filename().string().find(':'), std::string::npos);
+    EXPECT_EQ(path->extension(), ".wav");
+    EXPECT_EQ(testing::readFile(*path), "RIFF-bytes");
 }
 
 TEST_F(WeftRuntimeTest, KeysComeFromTheEnvironmentBeforeTheKeyring) {
@@ -98,18 +99,6 @@ TEST_F(WeftRuntimeTest, KeysComeFromTheEnvironmentBeforeTheKeyring) {
     writeSettings({{"sttProvider", "local"}});
     runtime.reload();
     EXPECT_FALSE(runtime.hasCloudSTT()) << "a local provider without a relay is not cloud";
-}
-
-TEST_F(WeftRuntimeTest, FailedAudioIsKeptUnderFailed) {
-    WeftRuntime runtime(dir.path(), false, nullptr);
-    const auto path = runtime.saveFailedAudio("RIFF-bytes");
-    ASSERT_TRUE(path.has_value());
-    EXPECT_EQ(path->parent_path(), dir / "failed");
-    EXPECT_THAT(path->filename().string(), StartsWith("dictation-"));
-    EXPECT_EQ(path->filename().string().find(':'), std::string::npos);
-    EXPECT_EQ(path->extension(), ".wav");
-    std::ifstream in(*path);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "RIFF-bytes");
 }
 
 }  // namespace

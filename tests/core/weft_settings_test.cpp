@@ -4,11 +4,8 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "support/temp_dir.h"
 
@@ -16,106 +13,89 @@ namespace tevra {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::modeOf;
+using testing::readFile;
 using testing::TempDir;
-
-void writeText(const fs::path& file, const std::string& text) {
-    std::ofstream(file, std::ios::binary) << text;
-}
-
-std::string readText(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream out;
-    out << in.rdbuf();
-    return out.str();
-}
-
-unsigned modeOf(const fs::path& p) {
-    struct stat st {};
-    return ::stat(p.c_str(), &st) == 0 ? st.st_mode & 07777 : 0;
-}
 
 WeftSettings loadFrom(const std::string& fileText) {
     TempDir tmp;
-    writeText(tmp / "settings.json", fileText);
+    std::ofstream(tmp / "settings.json", std::ios::binary) << fileText;
     return WeftSettings::load(tmp.path());
 }
 
-// A record in which every field differs from its default.
-WeftSettings everyFieldChanged() {
-    WeftSettings s;
-    s.hotkey = "option";
-    s.commandHotkey = "option3";
-    s.sttProvider = "groq";
-    s.sttOrder = {"openai", "groq"};
-    s.polishProvider = "rules";
-    s.polishEnabled = false;
-    s.languageHint = "pl";
-    s.keepAudio = true;
-    s.soundCues = false;
-    s.appcastURL = "https://example.test/appcast.json";
-    s.crashReportsEnabled = true;
-    s.crashReportURL = "https://example.test/api/crash";
-    s.groqSTTModel = "whisper-large-v3";
-    s.groqLLMModel = "llama-3.1-8b-instant";
-    s.openaiSTTModel = "gpt-4o-transcribe";
-    s.openaiLLMModel = "gpt-4o";
-    s.deepinfraSTTModel = "openai/whisper-large-v3";
-    s.fireworksSTTModel = "whisper-v3";
-    s.proxyBaseURL = "http://127.0.0.1:8080/v1";
-    s.translateTarget = "de";
-    s.userFirstName = "Zoë";
-    s.userLastName = "Nguyễn";
-    s.userEmail = "zoe@example.test";
-    s.userPhone = "+48 600 000 000";
-    s.userCompany = "Kestrum \"Labs\"";
-    s.signatureStyle = "custom";
-    s.userSignature = "Cheers,\n— Z";
-    s.onboarded = true;
-    s.appearance = "dark";
-    s.notetakerAutoDetect = false;
-    s.talkKey = "Super_R";
-    return s;
+// Every key, each with a value other than its default, written as save writes:
+// sorted, two spaces, a line feed at the end.
+const std::string kEveryKeyChanged = R"({
+  "appcastURL": "https://example.test/appcast.json",
+  "appearance": "dark",
+  "commandHotkey": "option3",
+  "crashReportURL": "https://example.test/api/crash",
+  "crashReportsEnabled": true,
+  "deepinfraSTTModel": "openai/whisper-large-v3",
+  "fireworksSTTModel": "whisper-v3",
+  "groqLLMModel": "llama-3.1-8b-instant",
+  "groqSTTModel": "whisper-large-v3",
+  "hotkey": "option",
+  "keepAudio": true,
+  "languageHint": "pl",
+  "notetakerAutoDetect": false,
+  "onboarded": true,
+  "openaiLLMModel": "gpt-4o",
+  "openaiSTTModel": "gpt-4o-transcribe",
+  "polishEnabled": false,
+  "polishProvider": "rules",
+  "proxyBaseURL": "http://127.0.0.1:8080/v1",
+  "signatureStyle": "custom",
+  "soundCues": false,
+  "sttOrder": [
+    "openai",
+    "groq"
+  ],
+  "sttProvider": "groq",
+  "talkKey": "Super_R",
+  "translateTarget": "de",
+  "userCompany": "Kestrum \"Labs\"",
+  "userEmail": "zoe@example.test",
+  "userFirstName": "Zoë",
+  "userLastName": "Nguyễn",
+  "userPhone": "+48 600 000 000",
+  "userSignature": "Cheers,\n— Z"
 }
+)";
 
 TEST(WeftSettingsLoad, MissingEmptyOrNonJSONFilesGiveTheDefaults) {
     TempDir tmp;
     EXPECT_EQ(WeftSettings::load(tmp.path()), WeftSettings{});
     EXPECT_EQ(WeftSettings::load(tmp / "no-such-dir"), WeftSettings{});
-    EXPECT_EQ(loadFrom(""), WeftSettings{});
-    EXPECT_EQ(loadFrom("polishEnabled = false"), WeftSettings{});
-    EXPECT_EQ(loadFrom("{\"polishEnabled\": false"), WeftSettings{});  // truncated
-    EXPECT_EQ(loadFrom("[{\"polishEnabled\": false}]"), WeftSettings{});
-    EXPECT_EQ(loadFrom("{\"languageHint\": \"\xff\xfe\"}"), WeftSettings{});  // not UTF-8
-
+    for (const char* text : {"", "polishEnabled = false", "{\"polishEnabled\": false",
+                             "[{\"polishEnabled\": false}]", "{\"languageHint\": \"\xff\xfe\"}"}) {
+        EXPECT_EQ(loadFrom(text), WeftSettings{}) << text;
+    }
     fs::create_directories(tmp / "dir" / "settings.json");
     EXPECT_EQ(WeftSettings::load(tmp / "dir"), WeftSettings{});
 }
 
-TEST(WeftSettingsLoad, AbsentAndNullKeysTakeTheirDefaults) {
+TEST(WeftSettingsLoad, AbsentAndNullKeysTakeTheirDefaultsAndUnknownKeysAreIgnored) {
     const WeftSettings defaults;
     // The deployment addresses reach the defaults from the build.
     EXPECT_EQ(defaults.appcastURL, "https://updates.tevra.invalid/appcast.json");
     EXPECT_EQ(defaults.crashReportURL, "https://crash.tevra.invalid/api/crash");
     EXPECT_EQ(defaults.proxyBaseURL, "https://relay.tevra.invalid/v1");
-
     EXPECT_EQ(loadFrom("{}"), defaults);
 
-    WeftSettings onlyPolishOff = defaults;
-    onlyPolishOff.polishEnabled = false;
-    EXPECT_EQ(loadFrom(R"({"polishEnabled": false})"), onlyPolishOff);
-
-    WeftSettings pinned = defaults;
-    pinned.sttProvider = "openai";
+    WeftSettings expected = defaults;
+    expected.polishEnabled = false;
+    EXPECT_EQ(loadFrom(R"({"polishEnabled": false})"), expected);
+    expected = defaults;
+    expected.sttProvider = "openai";
     EXPECT_EQ(loadFrom(R"({"sttProvider": "openai", "sttOrder": null, "polishEnabled": null,
                            "talkKey": null, "userEmail": null})"),
-              pinned);
-}
-
-TEST(WeftSettingsLoad, AnEmptyOrderStaysEmptyAndUnknownKeysAreIgnored) {
-    const WeftSettings s = loadFrom(R"({"sttOrder": [], "futureSetting": {"a": [1, 2]},
-                                         "hotkey": "option"})");
-    EXPECT_TRUE(s.sttOrder.empty());
-    EXPECT_EQ(s.hotkey, "option");
+              expected);
+    expected = defaults;
+    expected.sttOrder = {};
+    expected.hotkey = "option";
+    EXPECT_EQ(loadFrom(R"({"sttOrder": [], "futureSetting": {"a": [1, 2]}, "hotkey": "option"})"),
+              expected);
 }
 
 TEST(WeftSettingsLoad, OneValueOfTheWrongTypeDiscardsTheWholeFile) {
@@ -126,7 +106,6 @@ TEST(WeftSettingsLoad, OneValueOfTheWrongTypeDiscardsTheWholeFile) {
              R"({"hotkey": "option", "languageHint": 7})",
              R"({"hotkey": "option", "talkKey": false})",
              R"({"hotkey": "option", "sttOrder": "groq"})",
-             R"({"hotkey": "option", "sttOrder": ["groq", 1]})",
              R"({"hotkey": "option", "sttOrder": ["groq", null]})",
              R"({"hotkey": "option", "userSignature": {"text": "x"}})",
          }) {
@@ -134,85 +113,42 @@ TEST(WeftSettingsLoad, OneValueOfTheWrongTypeDiscardsTheWholeFile) {
     }
 }
 
-TEST(WeftSettingsSave, EveryFieldSurvivesARoundTrip) {
-    TempDir tmp;
-    const WeftSettings changed = everyFieldChanged();
-    changed.save(tmp.path());
-    EXPECT_EQ(WeftSettings::load(tmp.path()), changed);
-
-    // And back: defaults saved over the changed file replace it entirely.
-    WeftSettings{}.save(tmp.path());
-    EXPECT_EQ(WeftSettings::load(tmp.path()), WeftSettings{});
-}
-
-TEST(WeftSettingsSave, WritesSortedPrettyJSONWithEveryKey) {
-    TempDir tmp;
-    WeftSettings s;
-    s.sttOrder = {};
-    s.save(tmp.path());
-    const std::string text = readText(tmp / "settings.json");
-
-    const std::string expectedStart = "{\n  \"appcastURL\": \"" +
-                                      std::string(Deployment::appcastURL) +
-                                      "\",\n  \"appearance\": \"system\",\n";
-    EXPECT_EQ(text.substr(0, expectedStart.size()), expectedStart);
-    EXPECT_NE(text.find("\n  \"sttOrder\": [],\n"), std::string::npos);
-    EXPECT_EQ(text.substr(text.size() - 3), "\n}\n");
-
-    // Keys in byte order, one per line at two spaces, exactly the record's fields.
-    std::vector<std::string> keys;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        if (line.rfind("  \"", 0) == 0) {
-            keys.push_back(line.substr(3, line.find('"', 3) - 3));
-        }
-    }
-    const std::vector<std::string> expected = {"appcastURL",          "appearance",
-                                               "commandHotkey",       "crashReportURL",
-                                               "crashReportsEnabled", "deepinfraSTTModel",
-                                               "fireworksSTTModel",   "groqLLMModel",
-                                               "groqSTTModel",        "hotkey",
-                                               "keepAudio",           "languageHint",
-                                               "notetakerAutoDetect", "onboarded",
-                                               "openaiLLMModel",      "openaiSTTModel",
-                                               "polishEnabled",       "polishProvider",
-                                               "proxyBaseURL",        "signatureStyle",
-                                               "soundCues",           "sttOrder",
-                                               "sttProvider",         "talkKey",
-                                               "translateTarget",     "userCompany",
-                                               "userEmail",           "userFirstName",
-                                               "userLastName",        "userPhone",
-                                               "userSignature"};
-    EXPECT_EQ(keys, expected);
-}
-
-TEST(WeftSettingsSave, LeavesAPrivateFileAndDropsUnknownKeys) {
+TEST(WeftSettingsSave, EveryKeyRoundTripsAsSortedPrettyJSONInAPrivateFile) {
     TempDir tmp;
     const fs::path dir = tmp / "data" / "Tevra";
     fs::create_directories(dir);
-    ::chmod(dir.c_str(), 0755);
-    writeText(dir / "settings.json", R"({"legacyKey": true, "hotkey": "option"})");
-    ::chmod((dir / "settings.json").c_str(), 0644);
+    fs::permissions(dir, fs::perms(0755));
+    std::ofstream(dir / "settings.json") << kEveryKeyChanged;
+    fs::permissions(dir / "settings.json", fs::perms(0644));
 
-    WeftSettings s = WeftSettings::load(dir);
-    EXPECT_EQ(s.hotkey, "option");
-    s.save(dir);
+    const WeftSettings loaded = WeftSettings::load(dir);
+    EXPECT_EQ(loaded.hotkey, "option");
+    EXPECT_EQ(loaded.talkKey, "Super_R");
+    loaded.save(dir);
+    EXPECT_EQ(readFile(dir / "settings.json"), kEveryKeyChanged);
     EXPECT_EQ(modeOf(dir / "settings.json"), 0600u);
     EXPECT_EQ(modeOf(dir), 0700u);
-    const auto saved = nlohmann::json::parse(readText(dir / "settings.json"));
-    EXPECT_FALSE(saved.contains("legacyKey"));
-    EXPECT_EQ(saved["hotkey"], "option");
 
-    // A second save still ends at 0600, and no temporary file is left behind.
-    ::chmod((dir / "settings.json").c_str(), 0666);
-    s.save(dir);
+    // Defaults saved over it replace it entirely; no temporary file is left.
+    fs::permissions(dir / "settings.json", fs::perms(0666));
+    WeftSettings{}.save(dir);
+    EXPECT_EQ(WeftSettings::load(dir), WeftSettings{});
     EXPECT_EQ(modeOf(dir / "settings.json"), 0600u);
     EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 1);
 
     // A missing directory is made, with its parents, private.
-    s.save(tmp / "fresh" / "Tevra");
+    loaded.save(tmp / "fresh" / "Tevra");
     EXPECT_EQ(modeOf(tmp / "fresh" / "Tevra"), 0700u);
-    EXPECT_EQ(WeftSettings::load(tmp / "fresh" / "Tevra"), s);
+    EXPECT_EQ(WeftSettings::load(tmp / "fresh" / "Tevra"), loaded);
+}
+
+TEST(WeftSettingsSave, UnknownKeysAreDroppedAtTheNextSave) {
+    TempDir tmp;
+    std::ofstream(tmp / "settings.json") << R"({"legacyKey": true, "hotkey": "option"})";
+    WeftSettings::load(tmp.path()).save(tmp.path());
+    const auto saved = nlohmann::json::parse(readFile(tmp / "settings.json"));
+    EXPECT_FALSE(saved.contains("legacyKey"));
+    EXPECT_EQ(saved["hotkey"], "option");
 }
 
 // Makes every write past `bytes` fail with EFBIG while alive, as a full disk
@@ -238,58 +174,41 @@ private:
 
 TEST(WeftSettingsSave, FailuresReportNothingAndKeepTheOldFile) {
     TempDir tmp;
-    const WeftSettings old = everyFieldChanged();
-    old.save(tmp.path());
-    const std::string oldText = readText(tmp / "settings.json");
-
+    std::ofstream(tmp / "settings.json") << kEveryKeyChanged;
     {
         FileSizeLimit limit(64);
         EXPECT_NO_THROW(WeftSettings{}.save(tmp.path()));
     }
-    EXPECT_EQ(readText(tmp / "settings.json"), oldText);
-    EXPECT_EQ(std::distance(fs::directory_iterator(tmp.path()), fs::directory_iterator()), 1);
-
     // Text that is not UTF-8 cannot be encoded: nothing is written.
     WeftSettings garbled;
     garbled.userFirstName = "\xc3";
     EXPECT_NO_THROW(garbled.save(tmp.path()));
-    EXPECT_EQ(readText(tmp / "settings.json"), oldText);
+    EXPECT_EQ(readFile(tmp / "settings.json"), kEveryKeyChanged);
+    EXPECT_EQ(std::distance(fs::directory_iterator(tmp.path()), fs::directory_iterator()), 1);
 
     // A directory that cannot be made: a plain file stands where its parent should.
-    writeText(tmp / "plain", "x");
-    EXPECT_NO_THROW(old.save(tmp / "plain" / "Tevra"));
-    EXPECT_FALSE(fs::exists(tmp / "plain" / "Tevra"));
+    EXPECT_NO_THROW(garbled.save(tmp / "settings.json" / "Tevra"));
+    EXPECT_TRUE(fs::is_regular_file(tmp / "settings.json"));
 }
 
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = ::getenv(name)) {
-            old_ = old;
-        }
-        value ? ::setenv(name, value, 1) : ::unsetenv(name);
+TEST(WeftSettingsDefaultDir, FollowsAnAbsoluteXDGDataHomeThenHome) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"/data/ada", "/data/ada/Tevra"},
+        {nullptr, "/home/ada/.local/share/Tevra"},
+        {"relative/data", "/home/ada/.local/share/Tevra"},
+    };
+    const auto saved = [](const char* name) -> std::optional<std::string> {
+        const char* value = ::getenv(name);
+        return value ? std::optional<std::string>(value) : std::nullopt;
+    };
+    const auto home = saved("HOME"), xdg = saved("XDG_DATA_HOME");
+    ::setenv("HOME", "/home/ada", 1);
+    for (const auto& [value, expected] : cases) {
+        value ? ::setenv("XDG_DATA_HOME", value, 1) : ::unsetenv("XDG_DATA_HOME");
+        EXPECT_EQ(WeftSettings::defaultDir(), fs::path(expected));
     }
-    ~ScopedEnv() { old_ ? ::setenv(name_, old_->c_str(), 1) : ::unsetenv(name_); }
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
-
-TEST(WeftSettingsDefaultDir, FollowsXDGDataHomeThenHome) {
-    ScopedEnv home("HOME", "/home/ada");
-    {
-        ScopedEnv xdg("XDG_DATA_HOME", "/data/ada");
-        EXPECT_EQ(WeftSettings::defaultDir(), fs::path("/data/ada/Tevra"));
-    }
-    {
-        ScopedEnv xdg("XDG_DATA_HOME", nullptr);
-        EXPECT_EQ(WeftSettings::defaultDir(), fs::path("/home/ada/.local/share/Tevra"));
-    }
-    {
-        ScopedEnv xdg("XDG_DATA_HOME", "relative/data");  // invalid, so ignored
-        EXPECT_EQ(WeftSettings::defaultDir(), fs::path("/home/ada/.local/share/Tevra"));
-    }
+    home ? ::setenv("HOME", home->c_str(), 1) : ::unsetenv("HOME");
+    xdg ? ::setenv("XDG_DATA_HOME", xdg->c_str(), 1) : ::unsetenv("XDG_DATA_HOME");
 }
 
 }  // namespace

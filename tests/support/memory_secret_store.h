@@ -50,11 +50,6 @@ public:
         std::lock_guard lock(mutex_);
         items_[std::move(account)] = std::move(data);
     }
-    std::optional<std::string> raw(const std::string& account) const {
-        std::lock_guard lock(mutex_);
-        const auto it = items_.find(account);
-        return it == items_.end() ? std::nullopt : std::optional(it->second);
-    }
     void setAvailable(bool available) {
         std::lock_guard lock(mutex_);
         available_ = available;

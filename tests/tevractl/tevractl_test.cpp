@@ -57,17 +57,15 @@ protected:
         return testing::runProcess(args, env);
     }
 
+    // One second of loud square wave at 24 kHz.
     std::string writeSpeech() {
         std::vector<int16_t> samples(24000);
         for (size_t i = 0; i < samples.size(); ++i) {
             samples[i] = static_cast<int16_t>(i % 40 < 20 ? 2500 : -2500);
         }
-        const auto path = (home / "speech.wav").string();
-        const auto wav = WAV::data(samples, 24000);
-        std::ofstream(path, std::ios::binary)
-            .write(wav.data(), static_cast<std::streamsize>(wav.size()));
-        speechBytes = std::string(std::string_view(wav));
-        return path;
+        speechBytes = std::string(std::string_view(WAV::data(samples, 24000)));
+        std::ofstream(home / "speech.wav", std::ios::binary) << speechBytes;
+        return (home / "speech.wav").string();
     }
 
     testing::TempDir home;
@@ -107,16 +105,13 @@ TEST_F(TevractlTest, AFailedDictationKeepsTheAudio) {
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err, HasSubstr("all STT backends failed: kestrum: HTTP 500"));
-    std::vector<std::filesystem::path> kept;
-    for (const auto& entry : std::filesystem::directory_iterator(dataDir() / "failed")) {
-        kept.push_back(entry.path());
-    }
-    ASSERT_EQ(kept.size(), 1u);
-    EXPECT_THAT(kept[0].filename().string(), StartsWith("dictation-"));
-    EXPECT_THAT(run.err, HasSubstr(kept[0].string()));
-    std::ifstream in(kept[0], std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(bytes, speechBytes);
+    const std::filesystem::directory_iterator failed(dataDir() / "failed");
+    ASSERT_NE(failed, std::filesystem::directory_iterator());
+    const auto kept = failed->path();
+    EXPECT_EQ(std::next(failed), std::filesystem::directory_iterator());
+    EXPECT_THAT(kept.filename().string(), StartsWith("dictation-"));
+    EXPECT_THAT(run.err, HasSubstr(kept.string()));
+    EXPECT_EQ(testing::readFile(kept), speechBytes);
 }
 
 TEST_F(TevractlTest, WrongInputIsRefusedWithExitStatusTwo) {

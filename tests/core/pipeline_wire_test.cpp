@@ -1,5 +1,5 @@
-// The voice, instruction and translation paths with the real chat client
-// against chat/completions services on loopback.
+// Every path of the pipeline with the real speech and chat clients against
+// services on loopback.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ using nlohmann::json;
 // Two chat services ("first" and "second") behind one loopback server, each
 // with its own status and reply, and a speech service that always hears the
 // same sentence.
-class PipelineModesOverTheWire : public ::testing::Test {
+class PipelineOverTheWire : public ::testing::Test {
 protected:
     struct Request {
         std::string service;
@@ -99,7 +99,22 @@ private:
     std::map<std::string, Answer> answers_;
 };
 
-TEST_F(PipelineModesOverTheWire, AVoiceIsComposedEvenWithCleanUpOff) {
+TEST_F(PipelineOverTheWire, PlainDictationPolishesThroughTheModelOrFallsBackToTheRules) {
+    answer("first", {200, "Send the report to Anna."});
+    auto result = pipeline({}, {"first"}).process(speech, 16000, {});
+    EXPECT_EQ(result.raw, "send the report to anna");
+    EXPECT_EQ(result.polished, "Send the report to Anna.");
+    EXPECT_EQ(result.language, "english");
+    EXPECT_EQ(result.polishBackend, "first");
+    EXPECT_DOUBLE_EQ(requests().at(0).body.at("temperature").get<double>(), 0.2);
+
+    answer("first", {500, ""});
+    result = pipeline({}, {"first"}).process(speech, 16000, {});
+    EXPECT_EQ(result.polished, "Send the report to anna.");
+    EXPECT_EQ(result.polishBackend, "rules");
+}
+
+TEST_F(PipelineOverTheWire, AVoiceIsComposedEvenWithCleanUpOff) {
     WeftSettings off = ann();
     off.polishEnabled = false;
     answer("first", {200, "Anna, the report is on its way."});
@@ -120,7 +135,7 @@ TEST_F(PipelineModesOverTheWire, AVoiceIsComposedEvenWithCleanUpOff) {
               PromptBuilder::user("send the report to anna", {}));
 }
 
-TEST_F(PipelineModesOverTheWire, EveryServiceFailingLeavesTheRuleTextSigned) {
+TEST_F(PipelineOverTheWire, EveryServiceFailingLeavesTheRuleTextSigned) {
     answer("first", {500, "x"});
     answer("second", {200, "\"\""});  // nothing left once the quotes go
     const auto result = pipeline(ann()).runMode(ModeDefaults::seed().at(4), speech, 16000, {});
@@ -130,7 +145,7 @@ TEST_F(PipelineModesOverTheWire, EveryServiceFailingLeavesTheRuleTextSigned) {
     EXPECT_EQ(store->rows()[0].polishBackend, "mode:Formal message");
 }
 
-TEST_F(PipelineModesOverTheWire, AnInstructionReportsTheLastServicesReason) {
+TEST_F(PipelineOverTheWire, AnInstructionReportsTheLastServicesReason) {
     answer("first", {401, ""});
     answer("second", {429, ""});
     try {
@@ -148,7 +163,7 @@ TEST_F(PipelineModesOverTheWire, AnInstructionReportsTheLastServicesReason) {
     EXPECT_DOUBLE_EQ(requests().back().body.at("temperature").get<double>(), 0.4);
 }
 
-TEST_F(PipelineModesOverTheWire, ATranslationSendsTheUntrimmedTextAtLowTemperature) {
+TEST_F(PipelineOverTheWire, ATranslationSendsTheUntrimmedTextAtLowTemperature) {
     answer("first", {200, "Good morning"});
     EXPECT_EQ(pipeline({}, {"first"}).translate("\tDzień dobry \n", "EN"), "Good morning");
     const auto sent = requests();
