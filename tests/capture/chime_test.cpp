@@ -25,14 +25,12 @@ TEST(Chime, MakesEachCueOnceAtItsVolumeAndRestartsOneStillPlaying) {
     ChimeRig rig;
     EXPECT_TRUE(rig.chime.enabled());
     EXPECT_TRUE(rig.cues->made.empty()) << "nothing is made before first use";
-
     rig.chime.processingStarted();
     rig.chime.processingStarted();  // still playing: stopped, then played from the start
     rig.cues->finish(ChimeSound::start);
     rig.chime.processingStarted();
     rig.chime.processingFinished();
     rig.chime.processingFailed();
-
     EXPECT_THAT(rig.journal->names(), ElementsAre("play start", "stop start", "play start",
                                                   "play start", "play done", "play fail"));
     EXPECT_THAT(rig.cues->made,
@@ -40,23 +38,14 @@ TEST(Chime, MakesEachCueOnceAtItsVolumeAndRestartsOneStillPlaying) {
                             Pair(ChimeSound::fail, 0.35)));
 }
 
-TEST(Chime, DisabledPlaysNothingAndMakesNothing) {
-    ChimeRig rig;
-    rig.chime.setEnabled(false);
-    rig.chime.processingStarted();
-    rig.chime.processingFinished();
-    rig.chime.processingFailed();
-    EXPECT_TRUE(rig.journal->entries.empty());
-    EXPECT_TRUE(rig.cues->made.empty());
-
-    rig.chime.setEnabled(true);
-    rig.chime.processingFinished();
-    EXPECT_THAT(rig.journal->names(), ElementsAre("play done"));
-}
-
-TEST(Chime, SkipsASoundTheSystemLacksWithoutAskingAgain) {
+TEST(Chime, DisabledOrMissingCuesPlayNothingAndAreNotAskedForAgain) {
     ChimeRig rig;
     rig.cues->missing = {ChimeSound::done};
+    rig.chime.setEnabled(false);
+    rig.chime.processingStarted();
+    rig.chime.processingFailed();
+    EXPECT_TRUE(rig.cues->made.empty());
+    rig.chime.setEnabled(true);
     rig.chime.processingFinished();
     rig.chime.processingFinished();
     rig.chime.processingFailed();
@@ -65,28 +54,25 @@ TEST(Chime, SkipsASoundTheSystemLacksWithoutAskingAgain) {
 }
 
 TEST(ChimeTones, AreShortAudibleMonoWavesThatDifferFromEachOther) {
-    ByteBuffer start = ChimeTones::wav(ChimeSound::start);
-    ByteBuffer done = ChimeTones::wav(ChimeSound::done);
-    ByteBuffer fail = ChimeTones::wav(ChimeSound::fail);
-    for (const ByteBuffer* wav : {&start, &done, &fail}) {
-        ASSERT_GT(wav->size(), 44u);
-        EXPECT_EQ(wav->compare(0, 4, "RIFF"), 0);
-        const std::size_t samples = (wav->size() - 44) / 2;
-        EXPECT_GT(samples, ChimeTones::sampleRate / 20u);  // over 50 ms
-        EXPECT_LT(samples, ChimeTones::sampleRate / 1u);   // under a second
-        int16_t peak = 0;
-        int16_t last = 0;
-        for (std::size_t i = 0; i < samples; ++i) {
-            int16_t v;
-            std::memcpy(&v, wav->data() + 44 + 2 * i, 2);
-            peak = std::max<int16_t>(peak, static_cast<int16_t>(std::abs(v)));
-            last = v;
+    std::vector<std::size_t> sizes;
+    for (const ChimeSound sound : {ChimeSound::start, ChimeSound::fail, ChimeSound::done}) {
+        const ByteBuffer wav = ChimeTones::wav(sound);
+        ASSERT_GT(wav.size(), 44u);
+        EXPECT_EQ(wav.compare(0, 4, "RIFF"), 0);
+        std::vector<int16_t> samples((wav.size() - 44) / 2);
+        std::memcpy(samples.data(), wav.data() + 44, samples.size() * 2);
+        EXPECT_GT(samples.size(), ChimeTones::sampleRate / 20u);  // over 50 ms
+        EXPECT_LT(samples.size(), ChimeTones::sampleRate / 1u);   // under a second
+        int peak = 0;
+        for (int16_t v : samples) {
+            peak = std::max(peak, std::abs(int(v)));
         }
         EXPECT_GT(peak, 20000) << "loud enough to hear at a volume of 0.3";
-        EXPECT_LT(std::abs(last), 200) << "fades out without a click";
+        EXPECT_LT(std::abs(samples.back()), 200) << "fades out without a click";
+        sizes.push_back(wav.size());
     }
-    EXPECT_LT(start.size(), fail.size());
-    EXPECT_LT(fail.size(), done.size());
+    EXPECT_TRUE(std::is_sorted(sizes.begin(), sizes.end()));
+    EXPECT_EQ(std::adjacent_find(sizes.begin(), sizes.end()), sizes.end());
 }
 
 }  // namespace

@@ -20,66 +20,56 @@ struct ReaderRig {
     }
 };
 
-TEST(ContextReader, FillsEveryFieldFromTheFocusedApplication) {
+const std::vector<ToneProfile> kProfiles = {{"thunder", "friendly", "app"},
+                                            {"quarterly", "formal", "title"}};
+
+TEST(ContextReader, FillsEveryFieldFromTheFocusedApplicationAndKeepsTheFieldsTail) {
     ReaderRig rig;
-    const std::vector<ToneProfile> profiles = {{"thunder", "friendly", "app"},
-                                               {"quarterly", "formal", "title"}};
-    PolishContext context = rig.reader.snapshot(profiles);
+    PolishContext context = rig.reader.snapshot(kProfiles);
     EXPECT_EQ(context.appName, "Thunderbird");
     EXPECT_EQ(context.bundleID, "thunderbird");
     EXPECT_EQ(context.windowTitle, "Write: Quarterly numbers - Thunderbird");
     EXPECT_EQ(context.focusedText, "Dear Anna,");
     EXPECT_EQ(context.tone, "formal") << "a title profile beats an application profile";
-}
 
-TEST(ContextReader, KeepsTheLastFifteenHundredCharactersOfTheField) {
-    ReaderRig rig;
     std::string field;
     for (int i = 0; i < 1000; ++i) {
-        field +=
-            "e\xCC\x81"
-            "ab";  // "é" as e + combining acute: one character, 3 bytes
+        field += "e\xCC\x81" "ab";  // "é" as e + combining acute: one character
     }
-    field += "END!";
-    rig.probe->text = field;  // 3004 characters
-    PolishContext context = rig.reader.snapshot({});
+    rig.probe->text = field + "END!";  // 3004 characters
+    context = rig.reader.snapshot({});
     ASSERT_TRUE(context.focusedText);
     EXPECT_EQ(text::characterCount(*context.focusedText), 1500u);
-    EXPECT_TRUE(context.focusedText->ends_with("abEND!"));
     EXPECT_TRUE(context.focusedText->starts_with("ab"));
+    EXPECT_TRUE(context.focusedText->ends_with("abEND!"));
+
+    for (const std::optional<std::string>& none : {std::optional<std::string>(""),
+                                                   std::optional<std::string>()}) {
+        rig.probe->text = none;  // an empty field, or a slider or a button
+        EXPECT_EQ(rig.reader.snapshot({}).focusedText, std::nullopt);
+    }
 }
 
-TEST(ContextReader, AnEmptyOrNonTextFieldGivesNoText) {
-    ReaderRig rig;
-    rig.probe->text = "";
-    EXPECT_EQ(rig.reader.snapshot({}).focusedText, std::nullopt);
-    rig.probe->text = std::nullopt;  // a slider, a button
-    EXPECT_EQ(rig.reader.snapshot({}).focusedText, std::nullopt);
-}
-
-TEST(ContextReader, WithoutFocusAccessStillNamesTheApplicationAndItsTone) {
+TEST(ContextReader, WithoutFocusAccessOrAFocusedApplicationAsksNoMore) {
     ReaderRig rig;
     rig.probe->trusted = false;
-    PolishContext context =
-        rig.reader.snapshot({{"quarterly", "formal", "title"}, {"thunderbird", "friendly", "app"}});
+    PolishContext context = rig.reader.snapshot(kProfiles);
     EXPECT_EQ(context.appName, "Thunderbird");
     EXPECT_EQ(context.bundleID, "thunderbird");
     EXPECT_EQ(context.windowTitle, std::nullopt);
     EXPECT_EQ(context.focusedText, std::nullopt);
-    EXPECT_EQ(context.tone, "friendly");
+    EXPECT_EQ(context.tone, "friendly") << "the application's tone still applies";
     EXPECT_EQ(rig.probe->asked, std::vector<std::string>{"front"});
-}
 
-TEST(ContextReader, NoFocusedApplicationLeavesEveryFieldEmpty) {
-    ReaderRig rig;
-    rig.probe->front = std::nullopt;
-    PolishContext context = rig.reader.snapshot({{"thunderbird", "casual", "app"}});
+    ReaderRig nothing;
+    nothing.probe->front = std::nullopt;
+    context = nothing.reader.snapshot(kProfiles);
     EXPECT_EQ(context.appName, std::nullopt);
     EXPECT_EQ(context.bundleID, std::nullopt);
     EXPECT_EQ(context.windowTitle, std::nullopt);
     EXPECT_EQ(context.focusedText, std::nullopt);
     EXPECT_EQ(context.tone, std::nullopt);
-    EXPECT_EQ(rig.probe->asked, std::vector<std::string>{"front"});
+    EXPECT_EQ(nothing.probe->asked, std::vector<std::string>{"front"});
 }
 
 }  // namespace
