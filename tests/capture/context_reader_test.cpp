@@ -34,7 +34,9 @@ TEST(ContextReader, FillsEveryFieldFromTheFocusedApplicationAndKeepsTheFieldsTai
 
     std::string field;
     for (int i = 0; i < 1000; ++i) {
-        field += "e\xCC\x81" "ab";  // "é" as e + combining acute: one character
+        field +=
+            "e\xCC\x81"
+            "ab";  // "é" as e + combining acute: one character
     }
     rig.probe->text = field + "END!";  // 3004 characters
     context = rig.reader.snapshot({});
@@ -43,8 +45,8 @@ TEST(ContextReader, FillsEveryFieldFromTheFocusedApplicationAndKeepsTheFieldsTai
     EXPECT_TRUE(context.focusedText->starts_with("ab"));
     EXPECT_TRUE(context.focusedText->ends_with("abEND!"));
 
-    for (const std::optional<std::string>& none : {std::optional<std::string>(""),
-                                                   std::optional<std::string>()}) {
+    for (const std::optional<std::string>& none :
+         {std::optional<std::string>(""), std::optional<std::string>()}) {
         rig.probe->text = none;  // an empty field, or a slider or a button
         EXPECT_EQ(rig.reader.snapshot({}).focusedText, std::nullopt);
     }

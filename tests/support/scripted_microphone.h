@@ -30,10 +30,6 @@ public:
 
     AudioInputFactory factory() {
         return [self = shared_from_this()]() -> std::unique_ptr<AudioInput> {
-            {
-                std::lock_guard lock(self->mutex_);
-                ++self->inputsMade_;
-            }
             return std::make_unique<Input>(self);
         };
     }
@@ -67,10 +63,6 @@ public:
                                  [this] { return startsHeld_ > 0; });
     }
 
-    int inputsMade() const {
-        std::lock_guard lock(mutex_);
-        return inputsMade_;
-    }
     int starts() const {
         std::lock_guard lock(mutex_);
         return starts_;
@@ -130,7 +122,6 @@ private:
     Input* running_ = nullptr;
     bool holding_ = false;
     int startsHeld_ = 0;
-    int inputsMade_ = 0;
     int starts_ = 0;
     int stops_ = 0;
 };
