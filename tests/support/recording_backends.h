@@ -99,38 +99,21 @@ public:
             std::lock_guard lock(mutex_);
             ++calls_;
             lastDictionary_ = dictionary;
-            instructed_.push_back(transcript);
         }
         return answer_(transcript);
     }
     using PolishBackend::compose;
-    std::string compose(const std::string& system, const std::string& user,
-                        double temperature) const override {
+    std::string compose(const std::string&, const std::string& user, double) const override {
         {
             std::lock_guard lock(mutex_);
             ++calls_;
-            composed_.push_back(Composed{system, user, temperature});
         }
         return answer_(user);
     }
 
-    struct Composed {
-        std::string system;
-        std::string user;
-        double temperature;
-    };
-
     int calls() const {
         std::lock_guard lock(mutex_);
         return calls_;
-    }
-    std::vector<Composed> composed() const {
-        std::lock_guard lock(mutex_);
-        return composed_;
-    }
-    std::vector<std::string> instructed() const {
-        std::lock_guard lock(mutex_);
-        return instructed_;
     }
     std::vector<std::string> lastDictionary() const {
         std::lock_guard lock(mutex_);
@@ -153,8 +136,6 @@ private:
     mutable std::vector<std::string> lastDictionary_;
     mutable std::vector<Replacement> lastReplacements_;
     mutable std::vector<Snippet> lastSnippets_;
-    mutable std::vector<Composed> composed_;
-    mutable std::vector<std::string> instructed_;
 };
 
 // A store with fixed vocabulary that records the history rows it is given.
