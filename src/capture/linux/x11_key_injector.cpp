@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "core/text.h"
 
@@ -49,6 +50,35 @@ constexpr std::string_view kTerminals[] = {
     "ghostty",
 };
 
+// The modifier keys that are down now and would turn Ctrl+V into another
+// chord: Shift, Alt, Super, AltGr. Control is part of the chord anyway, and
+// the locks are states, not keys being held.
+std::vector<unsigned> heldModifierKeys(Display* display) {
+    char keys[32] = {};
+    XQueryKeymap(display, keys);
+    XModifierKeymap* map = XGetModifierMapping(display);
+    if (map == nullptr) {
+        return {};
+    }
+    const KeyCode numLock = XKeysymToKeycode(display, XK_Num_Lock);
+    std::vector<unsigned> held;
+    for (int index = 0; index < 8; ++index) {
+        if (index == LockMapIndex || index == ControlMapIndex) {
+            continue;
+        }
+        for (int slot = 0; slot < map->max_keypermod; ++slot) {
+            const KeyCode code = map->modifiermap[index * map->max_keypermod + slot];
+            const bool down = code != 0 && (keys[code / 8] & (1 << (code % 8))) != 0;
+            if (down && code != numLock &&
+                std::find(held.begin(), held.end(), code) == held.end()) {
+                held.push_back(code);
+            }
+        }
+    }
+    XFreeModifiermap(map);
+    return held;
+}
+
 }  // namespace
 
 X11KeyInjector::X11KeyInjector(std::shared_ptr<X11Connection> x) : x_(std::move(x)) {}
@@ -86,15 +116,26 @@ std::optional<KeySequence> X11KeyInjector::pasteSequence() {
             terminal = isTerminal(hint->instance) || isTerminal(hint->className);
         }
     }
+    // A modifier the user still holds (the Alt of an Alt+digit, a Shift on
+    // its way to the next word) is let go first: Ctrl+Alt+V pastes nowhere.
+    // It is not pressed again afterwards, since by then the user may have
+    // let go of it, and a synthetic press would stay stuck.
+    KeySequence sequence;
+    for (unsigned code : heldModifierKeys(display)) {
+        sequence.push_back({code, false});
+    }
     if (!terminal) {
-        return KeySequence{{control, true}, {v, true}, {v, false}, {control, false}};
+        sequence.insert(sequence.end(), {{control, true}, {v, true}, {v, false}, {control, false}});
+        return sequence;
     }
     const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
     if (shift == 0) {
         return std::nullopt;
     }
-    return KeySequence{{control, true}, {shift, true},  {v, true},
-                       {v, false},      {shift, false}, {control, false}};
+    sequence.insert(
+        sequence.end(),
+        {{control, true}, {shift, true}, {v, true}, {v, false}, {shift, false}, {control, false}});
+    return sequence;
 }
 
 void X11KeyInjector::post(const KeySequence& events) {

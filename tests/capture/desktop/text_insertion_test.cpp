@@ -55,6 +55,17 @@ TEST(TextInsertionOnX11, PastesIntoAnotherApplicationAndBringsBackTextAndImage) 
     EXPECT_THAT((*seen)["targets"], Not(Contains("x-kde-passwordManagerHint")));
 }
 
+TEST(TextInsertionOnX11, AModifierStillHeldDoesNotSpoilThePaste) {
+    DesktopRig rig;
+    PeerProcess peer({.title = "Alt still held"});
+    peer.activate();
+    testing::xdotool({"keydown", "Alt_L"});
+    ASSERT_TRUE(rig.inserter.insert("Typed with Alt down"));
+    const bool arrived = peer.waitFor("text", 10, textIs("Typed with Alt down")).has_value();
+    testing::xdotool({"keyup", "Alt_L"});
+    EXPECT_TRUE(arrived) << "Ctrl+Alt+V reached the field instead of Ctrl+V";
+}
+
 TEST(TextInsertionOnX11, AnEmptyClipboardKeepsTheDictatedText) {
     DesktopRig rig;
     PeerProcess peer({.title = "Empty clipboard"});
