@@ -31,6 +31,9 @@ public:
     // Replaces the whole clipboard by one plain-text item. A transient text is
     // marked so that clipboard managers do not keep it in their history.
     virtual void setText(std::string_view text, bool transient) = 0;
+    // Puts plain text in the primary selection, which some terminals paste
+    // instead of the clipboard. The selection is not restored afterwards.
+    virtual void setPrimaryText(std::string_view text) = 0;
     // Replaces the whole clipboard by the snapshot's items.
     virtual void restore(const ClipboardSnapshot& snapshot) = 0;
     // The plain text on the clipboard, if it has any.

@@ -25,6 +25,9 @@ public:
     // The events of the paste chord for the focused application, or nullopt
     // when they cannot be made.
     virtual std::optional<KeySequence> pasteSequence() = 0;
+    // Whether that chord pastes the primary selection rather than the
+    // clipboard, as Shift+Insert does in xterm.
+    virtual bool pasteReadsPrimary() = 0;
     // Posts the events in order.
     virtual void post(const KeySequence& events) = 0;
 };

@@ -30,6 +30,9 @@ bool TextInserter::insert(std::string_view text) {
     if (!chord) {
         return false;
     }
+    if (keys_->pasteReadsPrimary()) {
+        clipboard_->setPrimaryText(text);
+    }
 
     // The timers hold the clipboard and the snapshot strongly: the restore must
     // happen even if the inserter is gone by then.

@@ -64,6 +64,14 @@ TEST(TextInserter, RestoresWhatCouldBeReadAndLeavesTheTextOnAnEmptyClipboard) {
     EXPECT_THAT(empty.journal->names(),
                 ElementsAre("snapshot", "setText kept", "pasteSequence", "post"));
     EXPECT_EQ(empty.clipboard->text(), "kept");
+
+    // A terminal that pastes the primary selection gets the text there too.
+    InserterRig terminal;
+    terminal.keys->readsPrimary = true;
+    ASSERT_TRUE(terminal.inserter->insert("ls -l"));
+    terminal.queue.advance(5.0);
+    EXPECT_THAT(terminal.journal->names(), ElementsAre("snapshot", "setText ls -l", "pasteSequence",
+                                                       "setPrimary ls -l", "post"));
 }
 
 TEST(TextInserter, LeavesTheTextOnTheClipboardWhenThePasteCannotBePosted) {

@@ -63,6 +63,9 @@ public:
         lastSetWasTransient = transient;
         ++changes_;
     }
+    void setPrimaryText(std::string_view text) override {
+        journal_->add("setPrimary " + std::string(text));
+    }
     void restore(const ClipboardSnapshot& snapshot) override {
         journal_->add("restore " + std::to_string(snapshot.size()));
         items = snapshot;
@@ -92,6 +95,7 @@ public:
 
     bool available = true;
     bool canMakeEvents = true;
+    bool readsPrimary = false;
     KeySequence chord = {{37, true}, {55, true}, {55, false}, {37, false}};
     std::vector<KeySequence> posted;
 
@@ -103,6 +107,7 @@ public:
         }
         return chord;
     }
+    bool pasteReadsPrimary() override { return readsPrimary; }
     void post(const KeySequence& events) override {
         journal_->add("post");
         posted.push_back(events);

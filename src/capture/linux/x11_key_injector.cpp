@@ -50,6 +50,9 @@ constexpr std::string_view kTerminals[] = {
     "ghostty",
 };
 
+// Terminals whose only paste key reads the primary selection.
+constexpr std::string_view kPrimaryTerminals[] = {"xterm", "uxterm", "urxvt", "rxvt"};
+
 // The modifier keys that are down now and would turn Ctrl+V into another
 // chord: Shift, Alt, Super, AltGr. Control is part of the chord anyway, and
 // the locks are states, not keys being held.
@@ -88,6 +91,31 @@ bool X11KeyInjector::isTerminal(std::string_view wmClassPart) {
     return std::find(std::begin(kTerminals), std::end(kTerminals), name) != std::end(kTerminals);
 }
 
+bool X11KeyInjector::pastesPrimary(std::string_view wmClassPart) {
+    const std::string name = text::lowercase(wmClassPart);
+    return std::find(std::begin(kPrimaryTerminals), std::end(kPrimaryTerminals), name) !=
+           std::end(kPrimaryTerminals);
+}
+
+X11KeyInjector::Target X11KeyInjector::activeTarget() const {
+    const X11Connection::Window active = x_->activeWindow();
+    const auto hint = active ? x_->classHint(active) : std::nullopt;
+    if (!hint) {
+        return Target::application;
+    }
+    if (pastesPrimary(hint->instance) || pastesPrimary(hint->className)) {
+        return Target::primaryTerminal;
+    }
+    if (isTerminal(hint->instance) || isTerminal(hint->className)) {
+        return Target::terminal;
+    }
+    return Target::application;
+}
+
+bool X11KeyInjector::pasteReadsPrimary() {
+    return x_ && activeTarget() == Target::primaryTerminal;
+}
+
 bool X11KeyInjector::isAvailable() {
     if (!x_) {
         return false;
@@ -110,12 +138,7 @@ std::optional<KeySequence> X11KeyInjector::pasteSequence() {
     if (control == 0 || v == 0) {
         return std::nullopt;
     }
-    bool terminal = false;
-    if (const X11Connection::Window active = x_->activeWindow()) {
-        if (auto hint = x_->classHint(active)) {
-            terminal = isTerminal(hint->instance) || isTerminal(hint->className);
-        }
-    }
+    const Target target = activeTarget();
     // A modifier the user still holds (the Alt of an Alt+digit, a Shift on
     // its way to the next word) is let go first: Ctrl+Alt+V pastes nowhere.
     // It is not pressed again afterwards, since by then the user may have
@@ -124,13 +147,22 @@ std::optional<KeySequence> X11KeyInjector::pasteSequence() {
     for (unsigned code : heldModifierKeys(display)) {
         sequence.push_back({code, false});
     }
-    if (!terminal) {
+    if (target == Target::application) {
         sequence.insert(sequence.end(), {{control, true}, {v, true}, {v, false}, {control, false}});
         return sequence;
     }
     const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
     if (shift == 0) {
         return std::nullopt;
+    }
+    if (target == Target::primaryTerminal) {
+        const unsigned insert = XKeysymToKeycode(display, XK_Insert);
+        if (insert == 0) {
+            return std::nullopt;
+        }
+        sequence.insert(sequence.end(),
+                        {{shift, true}, {insert, true}, {insert, false}, {shift, false}});
+        return sequence;
     }
     sequence.insert(
         sequence.end(),

@@ -10,7 +10,8 @@ namespace tevra {
 
 // Synthetic keys through the XTest extension. The paste chord is Ctrl+V, or
 // Ctrl+Shift+V when the active window is a terminal, where Ctrl+V means
-// something else.
+// something else, or Shift+Insert with the primary selection for the
+// terminals that have no clipboard chord by default (xterm, rxvt).
 class X11KeyInjector : public KeyInjector {
 public:
     // x may be null: then nothing is available.
@@ -19,12 +20,19 @@ public:
     // An X display with the XTest and XInput extensions.
     bool isAvailable() override;
     std::optional<KeySequence> pasteSequence() override;
+    bool pasteReadsPrimary() override;
     void post(const KeySequence& events) override;
 
     // Whether a WM_CLASS instance or class names a terminal emulator.
     static bool isTerminal(std::string_view wmClassPart);
+    // Whether it names a terminal that pastes the primary selection on
+    // Shift+Insert and the clipboard on no key at all.
+    static bool pastesPrimary(std::string_view wmClassPart);
 
 private:
+    enum class Target { application, terminal, primaryTerminal };
+    Target activeTarget() const;
+
     std::shared_ptr<X11Connection> x_;
 };
 

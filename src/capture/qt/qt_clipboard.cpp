@@ -65,6 +65,11 @@ void QtClipboard::setText(std::string_view text, bool transient) {
     clipboard_->setMimeData(data, QClipboard::Clipboard);
 }
 
+void QtClipboard::setPrimaryText(std::string_view text) {
+    clipboard_->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())),
+                        QClipboard::Selection);
+}
+
 void QtClipboard::restore(const ClipboardSnapshot& snapshot) {
     auto* data = new QMimeData;
     for (const ClipboardItem& item : snapshot) {

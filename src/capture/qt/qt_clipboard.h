@@ -27,6 +27,7 @@ public:
 
     ClipboardSnapshot snapshot() override;
     void setText(std::string_view text, bool transient) override;
+    void setPrimaryText(std::string_view text) override;
     void restore(const ClipboardSnapshot& snapshot) override;
     std::optional<std::string> text() override;
     std::int64_t changeCount() override;

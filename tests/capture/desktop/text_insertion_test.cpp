@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 
 #include "desktop_rig.h"
+#include "support/temp_dir.h"
 
 namespace tevra {
 namespace {
@@ -64,6 +65,29 @@ TEST(TextInsertionOnX11, AModifierStillHeldDoesNotSpoilThePaste) {
     const bool arrived = peer.waitFor("text", 10, textIs("Typed with Alt down")).has_value();
     testing::xdotool({"keyup", "Alt_L"});
     EXPECT_TRUE(arrived) << "Ctrl+Alt+V reached the field instead of Ctrl+V";
+}
+
+TEST(TextInsertionOnX11, XtermGetsThePrimarySelectionOnShiftInsert) {
+    DesktopRig rig;
+    testing::TempDir dir;
+    const auto typed = dir / "typed";
+    QProcess xterm;
+    xterm.start("xterm", {"-T", "Paste xterm", "-e", "sh", "-c",
+                          QString::fromStdString("stty -icanon -echo; cat > " + typed.string())});
+    ASSERT_TRUE(xterm.waitForStarted(10000)) << "xterm is missing: run scripts/install-deps";
+    ASSERT_TRUE(waitUntil(
+        [] {
+            return !testing::xdotool({"search", "--name", "Paste xterm"}).empty();
+        },
+        10));
+    testing::xdotool({"search", "--name", "Paste xterm", "windowactivate", "--sync"});
+
+    ASSERT_TRUE(rig.inserter.insert("echo dictated into xterm"));
+    const bool arrived =
+        waitUntil([&] { return testing::readFile(typed) == "echo dictated into xterm"; }, 10);
+    xterm.kill();
+    xterm.waitForFinished(5000);
+    EXPECT_TRUE(arrived) << "xterm received: \"" << testing::readFile(typed) << "\"";
 }
 
 TEST(TextInsertionOnX11, AnEmptyClipboardKeepsTheDictatedText) {
