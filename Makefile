@@ -1,5 +1,5 @@
 # The two commands of the README: `make run` and `make test`.
-.PHONY: all run test bench format deps build-release build-ci clean
+.PHONY: all run test bench format deps build-release build-ci install clean
 
 JOBS ?= $(shell nproc)
 
@@ -23,6 +23,11 @@ run: build-release
 # with a window manager, the accessibility bus).
 test: build-ci
 	@scripts/test-env ctest --preset ci -j $(JOBS)
+
+# Both programs and the menu entry, for the current user unless PREFIX says otherwise.
+PREFIX ?= $(HOME)/.local
+install: build-release
+	@cmake --install build/release --prefix $(PREFIX)
 
 bench: build-release
 	@scripts/run-bench build/release/bench
