@@ -145,8 +145,7 @@ void HistoryStore::add(const HistoryRow& row) {
         if (prepared) {
             exec(kPruneHistory);
         }
-        if (inTransaction &&
-            sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        if (inTransaction && sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
             sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);  // as a failed step
         }
     });
