@@ -1,9 +1,11 @@
 #include "app/tevra_application.h"
 
 #include <QCoreApplication>
+#include <cstdio>
 
 #include "app/qt/settings_file_watcher.h"
 #include "app/qt/tray_status_item.h"
+#include "capture/fn_hotkey_monitor.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
 #include "capture/linux/pulse_microphone_access.h"
@@ -86,9 +88,29 @@ void TevraApplication::launch() {
             "no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep one in the "
             "keyring (see the README)");
     }
+    greet();
     const auto path = delegate_->runtime()->dataDir() / "settings.json";
     settingsWatcher_ = std::make_unique<SettingsFileWatcher>(QString::fromStdString(path.string()),
                                                              [this] { settingsFileChanged(); });
+}
+
+void TevraApplication::greet() const {
+    const WeftRuntime& runtime = *delegate_->runtime();
+    const HotkeyBackend* hotkey = delegate_->hotkey();
+    const std::string log = (runtime.dataDir() / "tevra.log").string();
+    if (hotkey == nullptr) {
+        std::printf("Tevra is running, but no hotkey could be registered. Log: %s\n", log.c_str());
+    } else {
+        const bool talkKey = dynamic_cast<const FnHotkeyMonitor*>(hotkey) != nullptr;
+        std::printf("Tevra is running: hold %s anywhere, speak, let go. Log: %s\n",
+                    talkKey ? runtime.settings().talkKey.c_str() : "Alt+1", log.c_str());
+    }
+    std::fflush(stdout);
+    if (!runtime.hasCloudSTT()) {
+        std::fprintf(stderr,
+                     "tevra: no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep "
+                     "one in the keyring (see the README).\n");
+    }
 }
 
 void TevraApplication::settingsFileChanged() {

@@ -29,6 +29,8 @@ public:
     void launch();
 
 private:
+    // One line for the terminal of `make run`: which key to hold, where the log is.
+    void greet() const;
     // A hand edit of settings.json: the runtime reloads and the hotkeys follow.
     void settingsFileChanged();
     std::unique_ptr<DesktopKeyboard> makeKeyboard();

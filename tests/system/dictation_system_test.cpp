@@ -216,6 +216,15 @@ TEST_F(DictationSystemTest, HoldingTheTalkKeyPutsThePolishedTextIntoAnotherAppli
     peer.activate();
     startTevra();
     EXPECT_THAT(log(), HasSubstr("scheme=fn, fn-tap, autopaste=true"));
+    std::string greeting;
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            greeting += tevra.readAllStandardOutput().toStdString();
+            return greeting.find("Tevra is running: hold Control_R anywhere, speak, let go.") !=
+                   std::string::npos;
+        },
+        10))
+        << greeting;
 
     dictate({"Control_R"}, "Fn \u2192 Dictate");
     const auto text = peer.waitFor(
