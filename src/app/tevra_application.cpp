@@ -5,7 +5,6 @@
 
 #include "app/qt/settings_file_watcher.h"
 #include "app/qt/tray_status_item.h"
-#include "capture/fn_hotkey_monitor.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
 #include "capture/linux/pulse_microphone_access.h"
@@ -23,6 +22,10 @@
 
 namespace tevra {
 namespace {
+
+constexpr const char* kNoSpeechKey =
+    "no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep one in the keyring "
+    "(see the README)";
 
 // Dictations that overlap: one still being transcribed while the next is
 // recorded, and perhaps a third.
@@ -83,11 +86,6 @@ void TevraApplication::launch() {
     const WeftRuntime& runtime = *delegate_->runtime();
     Log::write("keys: " + runtime.keyStatusDescription() +
                (runtime.proxyToken() && !runtime.proxyToken()->empty() ? "  relay: \u2713" : ""));
-    if (!runtime.hasCloudSTT()) {
-        Log::write(
-            "no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep one in the "
-            "keyring (see the README)");
-    }
     greet();
     const auto path = delegate_->runtime()->dataDir() / "settings.json";
     settingsWatcher_ = std::make_unique<SettingsFileWatcher>(QString::fromStdString(path.string()),
@@ -96,20 +94,18 @@ void TevraApplication::launch() {
 
 void TevraApplication::greet() const {
     const WeftRuntime& runtime = *delegate_->runtime();
-    const HotkeyBackend* hotkey = delegate_->hotkey();
+    const auto& name = delegate_->hotkeyName();
     const std::string log = (runtime.dataDir() / "tevra.log").string();
-    if (hotkey == nullptr) {
+    if (!name) {
         std::printf("Tevra is running, but no hotkey could be registered. Log: %s\n", log.c_str());
     } else {
-        const bool talkKey = dynamic_cast<const FnHotkeyMonitor*>(hotkey) != nullptr;
         std::printf("Tevra is running: hold %s anywhere, speak, let go. Log: %s\n",
-                    talkKey ? runtime.settings().talkKey.c_str() : "Alt+1", log.c_str());
+                    *name == "fn-tap" ? runtime.settings().talkKey.c_str() : "Alt+1", log.c_str());
     }
     std::fflush(stdout);
     if (!runtime.hasCloudSTT()) {
-        std::fprintf(stderr,
-                     "tevra: no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep "
-                     "one in the keyring (see the README).\n");
+        Log::write(kNoSpeechKey);
+        std::fprintf(stderr, "tevra: %s.\n", kNoSpeechKey);
     }
 }
 

@@ -29,7 +29,8 @@ public:
     void launch();
 
 private:
-    // One line for the terminal of `make run`: which key to hold, where the log is.
+    // One line for the terminal of `make run`: which key to hold, where the log
+    // is; and the warning, there and in the log, when no speech service is reachable.
     void greet() const;
     // A hand edit of settings.json: the runtime reloads and the hotkeys follow.
     void settingsFileChanged();

@@ -92,6 +92,8 @@ public:
     bool isCapturing() const { return recording_; }
     WeftRuntime* runtime() const { return runtime_.get(); }
     HotkeyBackend* hotkey() const { return hotkey_.get(); }
+    // The running backend's name ("fn-tap", "hotkey"), or none when no key could be taken.
+    const std::optional<std::string>& hotkeyName() const { return hotkeyName_; }
     bool isWatchingForAccessibility() const { return axWatch_.has_value(); }
 
 private:
@@ -121,6 +123,7 @@ private:
     std::shared_ptr<AudioRecorder> recorder_;
     std::unique_ptr<WeftRuntime> runtime_;
     std::shared_ptr<HotkeyBackend> hotkey_;
+    std::optional<std::string> hotkeyName_;
     std::optional<TimerHandle> axWatch_;
     bool recording_ = false;
     std::optional<Mode> activeMode_;

@@ -103,6 +103,7 @@ void AppDelegate::startHotkeys() {
         watchForAccessibilityGrant();
     }
     hotkey_ = std::move(monitor);
+    hotkeyName_ = name;
     if (recording_) {
         // The capture goes on under the new keys, and Esc still cancels it.
         hotkey_->enableCancelKey();
