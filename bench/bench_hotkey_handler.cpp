@@ -4,11 +4,11 @@
 
 #include <memory>
 
+#include "base/virtual_main_queue.h"
 #include "capture/fn_hotkey_monitor.h"
 #include "capture/hotkey_monitor.h"
 #include "capture/key_event_decoder.h"
 #include "capture/key_symbols.h"
-#include "core/virtual_main_queue.h"
 #include "support/recording_desktop_keyboard.h"
 
 namespace {

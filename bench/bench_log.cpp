@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "core/log.h"
+#include "base/log.h"
 #include "support/temp_dir.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <chrono>
 #include <cmath>
 
-#include "capture/app_delegate.h"
-#include "core/virtual_main_queue.h"
+#include "app/app_delegate.h"
+#include "base/virtual_main_queue.h"
 #include "support/main_queue_wait.h"
 #include "support/recording_app_services.h"
 #include "support/recording_audio_recorder.h"

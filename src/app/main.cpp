@@ -11,7 +11,7 @@
 #include "app/cli.h"
 #include "app/single_instance.h"
 #include "app/tevra_application.h"
-#include "core/log.h"
+#include "base/log.h"
 
 namespace {
 

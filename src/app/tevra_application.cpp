@@ -5,6 +5,7 @@
 
 #include "app/qt/settings_file_watcher.h"
 #include "app/qt/tray_status_item.h"
+#include "base/log.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
 #include "capture/linux/pulse_microphone_access.h"
@@ -15,7 +16,6 @@
 #include "capture/qt/qt_clipboard.h"
 #include "capture/qt/qt_sound_cues.h"
 #include "core/linux/libsecret_store.h"
-#include "core/log.h"
 #include "pill/qt/hud_controller.h"
 // Xlib last: its macros (None, Status) clash with Qt's names.
 #include "capture/linux/x_keyboard.h"

@@ -3,11 +3,11 @@
 #include <QObject>
 #include <memory>
 
+#include "app/app_delegate.h"
 #include "app/qt/qt_main_queue.h"
-#include "capture/app_delegate.h"
+#include "base/notification_center.h"
 #include "capture/linux/x11_connection.h"
 #include "capture/linux/x_own_grabs.h"
-#include "core/notification_center.h"
 
 namespace tevra {
 

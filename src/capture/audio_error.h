@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "core/error.h"
+#include "base/error.h"
 
 namespace tevra {
 
@@ -12,13 +12,14 @@ class AudioError : public Error {
 public:
     enum class Code { noInputDevice = 1, cannotConvert = 2 };
 
-    explicit AudioError(Code code) : code_(code) {}
+    explicit AudioError(Code code) : Error(textOf(code)), code_(code) {}
 
     static constexpr const char* domain = "tevra.audio";
     Code code() const { return code_; }
 
-    std::string description() const override {
-        switch (code_) {
+private:
+    static std::string textOf(Code code) {
+        switch (code) {
             case Code::noInputDevice:
                 return "no input device available";
             case Code::cannotConvert:
@@ -27,7 +28,6 @@ public:
         return "audio error";
     }
 
-private:
     Code code_;
 };
 

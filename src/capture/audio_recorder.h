@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 
-#include "core/byte_buffer.h"
+#include "base/byte_buffer.h"
 
 namespace tevra {
 

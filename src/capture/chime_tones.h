@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/byte_buffer.h"
 #include "capture/sound_cue.h"
-#include "core/byte_buffer.h"
 
 // The chime's three cues, synthesised: a short falling pop when work starts, a
 // bright bell when the text is in, a low dull tone when it failed. The build

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "polish/prompt_builder.h"
 
 namespace tevra {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "capture/focus_probe.h"
-#include "core/polish_context.h"
+#include "polish/polish_context.h"
 #include "polish/tone_profile.h"
 
 namespace tevra {

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "polish/mode.h"
+
 namespace tevra {
 
 // What the gesture machine asks the world to do.
@@ -101,5 +103,10 @@ std::optional<uint32_t> keyCode(int slot);
 std::string label(int slot);
 
 }  // namespace FnHotkeyMap
+
+// The talk-key label of a voice's slot: "Fn", "Fn 3".
+inline std::string hotkeyLabel(const Mode& mode) {
+    return FnHotkeyMap::label(static_cast<int>(mode.slot));
+}
 
 }  // namespace tevra

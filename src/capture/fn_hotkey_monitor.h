@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "base/main_queue.h"
 #include "capture/desktop_keyboard.h"
 #include "capture/fn_gesture_machine.h"
 #include "capture/hotkey_backend.h"
-#include "core/main_queue.h"
 
 namespace tevra {
 

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "base/main_queue.h"
 #include "capture/desktop_keyboard.h"
 #include "capture/hotkey_backend.h"
 #include "capture/key_symbols.h"
-#include "core/main_queue.h"
 
 namespace tevra {
 

@@ -1,9 +1,9 @@
 #include "capture/microphone_recorder.h"
 
+#include "base/log.h"
 #include "capture/audio_error.h"
 #include "capture/audio_level.h"
 #include "capture/audio_resampler.h"
-#include "core/log.h"
 
 namespace tevra {
 

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "base/main_queue.h"
+#include "base/serial_queue.h"
 #include "capture/audio_input.h"
 #include "capture/audio_recorder.h"
-#include "core/main_queue.h"
-#include "core/serial_queue.h"
 
 namespace tevra {
 

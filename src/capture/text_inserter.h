@@ -3,10 +3,10 @@
 #include <memory>
 #include <string_view>
 
+#include "base/main_queue.h"
 #include "capture/clipboard.h"
 #include "capture/key_injector.h"
 #include "capture/secure_input.h"
-#include "core/main_queue.h"
 
 namespace tevra {
 

@@ -2,8 +2,8 @@
 
 #include <cstdlib>
 
+#include "base/text.h"
 #include "core/keychain.h"
-#include "core/text.h"
 
 namespace tevra::Credentials {
 namespace {

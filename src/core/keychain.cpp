@@ -1,6 +1,6 @@
 #include "core/keychain.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace tevra::Keychain {
 

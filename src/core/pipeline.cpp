@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <chrono>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "polish/rules_polisher.h"
 #include "stt/wav.h"
 
 namespace tevra {
 
-std::string PipelineError::description() const {
-    switch (kind_) {
+std::string PipelineError::textOf(Kind kind, const std::string& reason) {
+    switch (kind) {
         case Kind::instructFailed:
-            return "command failed: " + reason_;
+            return "command failed: " + reason;
         case Kind::nearSilent:
             return "no speech detected (audio near-silent)";
         case Kind::emptyTranscript:

@@ -9,13 +9,13 @@
 #include <string_view>
 #include <vector>
 
-#include "core/byte_buffer.h"
-#include "core/error.h"
-#include "core/pipeline_store.h"
-#include "core/polish_context.h"
+#include "base/byte_buffer.h"
+#include "base/error.h"
 #include "core/weft_settings.h"
 #include "polish/mode.h"
 #include "polish/polish_backend.h"
+#include "polish/polish_context.h"
+#include "store/pipeline_store.h"
 #include "stt/transcription_router.h"
 
 namespace tevra {
@@ -42,10 +42,11 @@ public:
 
     Kind kind() const { return kind_; }
     const std::string& reason() const { return reason_; }
-    std::string description() const override;
 
 private:
-    PipelineError(Kind kind, std::string reason) : kind_(kind), reason_(std::move(reason)) {}
+    PipelineError(Kind kind, std::string reason)
+        : Error(textOf(kind, reason)), kind_(kind), reason_(std::move(reason)) {}
+    static std::string textOf(Kind kind, const std::string& reason);
     Kind kind_;
     std::string reason_;
 };

@@ -3,8 +3,8 @@
 
 #include <chrono>
 
+#include "base/text.h"
 #include "core/pipeline.h"
-#include "core/text.h"
 #include "polish/prompt_builder.h"
 #include "polish/rules_polisher.h"
 #include "polish/signature.h"
@@ -27,7 +27,7 @@ std::string Pipeline::compose(const Mode& mode, const std::string& transcript,
     const Vocabulary vocab = vocabulary();
     std::optional<std::string> text;
     if (!polishers_.empty()) {
-        const std::string persona = Signature::persona(settings_);
+        const std::string persona = Signature::persona(settings_.identity());
         const std::string system = PromptBuilder::system(mode, vocab.dictionary, vocab.replacements,
                                                          vocab.snippets, persona);
         const std::string user = PromptBuilder::user(transcript, context);
@@ -46,7 +46,7 @@ std::string Pipeline::compose(const Mode& mode, const std::string& transcript,
 
     // The voice's signature is a switch; what is printed is the user's own sign-off.
     if (!mode.signature.empty()) {
-        const std::string signOff = Signature::build(settings_);
+        const std::string signOff = Signature::build(settings_.identity());
         if (!signOff.empty()) {
             *text += "\n\n" + signOff;
         }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace tevra {
@@ -9,6 +11,8 @@ namespace tevra {
 // A service for which the user supplies a key. The raw value is the name of the
 // key's environment variable and of its keyring account.
 enum class Provider { groq, openai, deepinfra, fireworks };
+
+using ProviderKeys = std::map<Provider, std::string>;
 
 // Every case of an enumeration, in declaration order: allCases<Provider>().
 template <typename Enum>

@@ -4,9 +4,9 @@
 #include <chrono>
 #include <fstream>
 
+#include "base/iso8601.h"
+#include "base/secure_file.h"
 #include "core/credentials.h"
-#include "core/iso8601.h"
-#include "core/secure_file.h"
 #include "store/history_store.h"
 
 namespace tevra {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/backend_builders.h"
 #include "core/pipeline.h"
+#include "core/provider.h"
 #include "core/secret_store.h"
 #include "core/weft_settings.h"
 
@@ -27,8 +27,7 @@ inline constexpr const char* version = TEVRA_VERSION;
 // on the one it started with.
 class WeftRuntime {
 public:
-    inline static const std::vector<std::string>& defaultSTTOrder =
-        BackendBuilders::defaultSTTOrder;
+    inline static const std::vector<std::string>& defaultSTTOrder = WeftSettings::defaultSTTOrder;
 
     // Builds the pipeline from what the runtime holds, at start and on every reload.
     using PipelineBuilder = std::function<std::shared_ptr<const Pipeline>(
@@ -39,7 +38,7 @@ public:
     // stay empty. buildPipeline: the backends of the settings by default; a
     // program that brings its own backends passes its own.
     WeftRuntime(std::filesystem::path dataDir, bool fetchKeys, std::shared_ptr<SecretStore> secrets,
-                PipelineBuilder buildPipeline = BackendBuilders::buildPipeline);
+                PipelineBuilder buildPipeline = WeftRuntime::buildPipeline);
 
     const std::filesystem::path& dataDir() const { return dataDir_; }
     const WeftSettings& settings() const { return settings_; }
@@ -64,21 +63,18 @@ public:
     std::vector<std::shared_ptr<const PolishBackend>> polishers() const;
     std::shared_ptr<TranscriptionRouter> transcriptionRouter() const;
 
+    // The backends of the settings that the keys at hand allow, in the order
+    // BackendChain decides. A relay address that is not a URL leaves the
+    // relay out, silently.
     static std::vector<std::shared_ptr<const TranscriptionBackend>> buildSTT(
         const WeftSettings& settings, const ProviderKeys& keys,
-        const std::optional<std::string>& proxyToken) {
-        return BackendBuilders::buildSTT(settings, keys, proxyToken);
-    }
+        const std::optional<std::string>& proxyToken);
     static std::vector<std::shared_ptr<const PolishBackend>> buildPolishers(
         const WeftSettings& settings, const ProviderKeys& keys,
-        const std::optional<std::string>& proxyToken) {
-        return BackendBuilders::buildPolishers(settings, keys, proxyToken);
-    }
+        const std::optional<std::string>& proxyToken);
     static std::shared_ptr<const Pipeline> buildPipeline(
         const WeftSettings& settings, const ProviderKeys& keys,
-        std::shared_ptr<PipelineStore> store, const std::optional<std::string>& proxyToken) {
-        return BackendBuilders::buildPipeline(settings, keys, std::move(store), proxyToken);
-    }
+        std::shared_ptr<PipelineStore> store, const std::optional<std::string>& proxyToken);
 
 private:
     void fetchCredentials();

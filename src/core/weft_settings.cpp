@@ -1,14 +1,11 @@
 #include "core/weft_settings.h"
 
-#include <pwd.h>
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <fstream>
 #include <sstream>
 
-#include "core/atomic_file.h"
-#include "core/secure_file.h"
+#include "base/atomic_file.h"
+#include "base/secure_file.h"
+#include "base/user_dirs.h"
 #include "core/weft_settings_json.h"
 
 namespace tevra {
@@ -19,26 +16,10 @@ namespace {
 
 constexpr const char* fileName = "settings.json";
 
-fs::path homeDir() {
-    if (const char* home = ::getenv("HOME"); home != nullptr && *home != '\0') {
-        return home;
-    }
-    // No HOME, as under some service managers: ask the password database.
-    if (const passwd* entry = ::getpwuid(::getuid());
-        entry != nullptr && entry->pw_dir != nullptr) {
-        return entry->pw_dir;
-    }
-    return {};
-}
-
 }  // namespace
 
 fs::path WeftSettings::defaultDir() {
-    // A relative XDG_DATA_HOME is invalid by the XDG rules and is ignored.
-    if (const char* xdg = ::getenv("XDG_DATA_HOME"); xdg != nullptr && *xdg == '/') {
-        return fs::path(xdg) / "Tevra";
-    }
-    return homeDir() / ".local" / "share" / "Tevra";
+    return UserDirs::data();
 }
 
 WeftSettings WeftSettings::load(const fs::path& dir) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/deployment.h"
+#include "polish/signature.h"
 
 namespace tevra {
 
@@ -16,10 +17,13 @@ inline constexpr const char* weftSettingsChanged = "weft.settingsChanged";
 // field is stored under its own name in settings.json; a key the file lacks
 // takes the default written here.
 struct WeftSettings {
+    inline static const std::vector<std::string> defaultSTTOrder = {"fireworks", "deepinfra",
+                                                                    "groq", "openai"};
+
     std::string hotkey = "fn";  // exactly "fn": the talk key; anything else: the Alt scheme
     std::string commandHotkey = "option2";
     std::string sttProvider = "auto";  // "auto", empty, or one pinned backend name
-    std::vector<std::string> sttOrder = {"fireworks", "deepinfra", "groq", "openai"};
+    std::vector<std::string> sttOrder = defaultSTTOrder;
     std::string polishProvider = "auto";  // "auto", "groq", "openai" or "rules"
     bool polishEnabled = true;
     std::string languageHint;  // empty: let the service detect the language
@@ -41,13 +45,19 @@ struct WeftSettings {
     std::string userEmail;
     std::string userPhone;
     std::string userCompany;
-    std::string signatureStyle = "name";  // "name", "name_phone", "full", "legal" or "custom"
-    std::string userSignature;            // the custom sign-off, or the footer of "legal"
+    std::string signatureStyle = Signature::Identity{}.signatureStyle;
+    std::string userSignature;  // the custom sign-off, or the footer of "legal"
     bool onboarded = false;
     std::string appearance = "system";
     bool notetakerAutoDetect = true;
     // The X keysym name of the key that plays the Fn role on Linux keyboards.
     std::string talkKey = "Control_R";
+
+    // The fields the sign-off and the ghostwriter's persona are built from.
+    Signature::Identity identity() const {
+        return {userFirstName, userLastName,   userEmail,    userPhone,
+                userCompany,   signatureStyle, userSignature};
+    }
 
     // The data directory: $XDG_DATA_HOME/Tevra, by default ~/.local/share/Tevra.
     static std::filesystem::path defaultDir();

@@ -1,6 +1,6 @@
 #include "core/weft_settings_json.h"
 
-#include "core/json_body.h"
+#include "base/json_decode.h"
 
 namespace tevra::WeftSettingsJSON {
 

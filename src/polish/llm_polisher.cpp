@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "core/text.h"
+#include "base/http_errors.h"
+#include "base/text.h"
 #include "polish/prompt_builder.h"
-#include "stt/weft_errors.h"
 
 namespace tevra {
 namespace {

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/http_client.h"
-#include "core/service_roots.h"
+#include "base/http_client.h"
+#include "base/service_roots.h"
 #include "polish/polish_backend.h"
 
 namespace tevra {

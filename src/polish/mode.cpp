@@ -1,14 +1,9 @@
 #include "polish/mode.h"
 
-#include "capture/fn_hotkey_map.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "polish/prompt_builder.h"
 
 namespace tevra {
-
-std::string Mode::hotkeyLabel() const {
-    return FnHotkeyMap::label(static_cast<int>(slot));
-}
 
 std::string Mode::summary() const {
     if (isScreenshot) {

@@ -17,8 +17,6 @@ struct Mode {
     bool isCommand = false;
     bool enabled = true;
 
-    // The talk-key label of the slot: "Fn", "Fn 3".
-    std::string hotkeyLabel() const;
     // The one-line description shown in the main window.
     std::string summary() const;
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "core/error.h"
-#include "core/polish_context.h"
+#include "base/error.h"
+#include "polish/polish_context.h"
 #include "polish/replacement.h"
 
 namespace tevra {
@@ -12,10 +12,9 @@ namespace tevra {
 // Raised by a polisher that cannot follow free instructions.
 class InstructUnsupported : public Error {
 public:
-    explicit InstructUnsupported(std::string backendName) : backend(std::move(backendName)) {}
-    std::string description() const override {
-        return backend + " cannot execute instructions (needs an LLM)";
-    }
+    explicit InstructUnsupported(std::string backendName)
+        : Error(backendName + " cannot execute instructions (needs an LLM)"),
+          backend(std::move(backendName)) {}
     std::string backend;
 };
 

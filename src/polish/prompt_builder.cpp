@@ -1,6 +1,6 @@
 #include "polish/prompt_builder.h"
 
-#include "core/text.h"
+#include "base/text.h"
 #include "polish/mode_defaults.h"
 #include "polish/voice.h"
 

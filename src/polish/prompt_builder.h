@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/polish_context.h"
 #include "polish/mode.h"
+#include "polish/polish_context.h"
 #include "polish/replacement.h"
 #include "polish/tone_profile.h"
 

@@ -1,6 +1,6 @@
 #include "polish/rules_polisher.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace tevra {
 

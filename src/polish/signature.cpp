@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace tevra::Signature {
 
@@ -31,22 +31,22 @@ std::string joinPresent(std::initializer_list<std::string_view> pieces,
 
 }  // namespace
 
-std::string fullName(const WeftSettings& settings) {
-    return joinPresent({text::trim(settings.userFirstName), text::trim(settings.userLastName)},
+std::string fullName(const Identity& identity) {
+    return joinPresent({text::trim(identity.userFirstName), text::trim(identity.userLastName)},
                        " ");
 }
 
-std::string build(const WeftSettings& settings) {
-    const std::string name = fullName(settings);
-    const std::string company = text::trim(settings.userCompany);
-    const std::string phone = text::trim(settings.userPhone);
-    const std::string email = text::trim(settings.userEmail);
-    const std::string custom = text::trim(settings.userSignature);
+std::string build(const Identity& identity) {
+    const std::string name = fullName(identity);
+    const std::string company = text::trim(identity.userCompany);
+    const std::string phone = text::trim(identity.userPhone);
+    const std::string email = text::trim(identity.userEmail);
+    const std::string custom = text::trim(identity.userSignature);
 
     const std::string contact = joinPresent({phone, email}, " \u00B7 ");
     const std::string full = joinPresent({name, company, contact}, "\n");
 
-    const std::string style = text::trim(settings.signatureStyle);
+    const std::string style = text::trim(identity.signatureStyle);
     if (style == "custom") {
         return custom;
     }
@@ -66,9 +66,9 @@ std::string build(const WeftSettings& settings) {
     return name;
 }
 
-std::string persona(const WeftSettings& settings) {
-    const std::string name = fullName(settings);
-    const std::string company = text::trim(settings.userCompany);
+std::string persona(const Identity& identity) {
+    const std::string name = fullName(identity);
+    const std::string company = text::trim(identity.userCompany);
     if (name.empty() && company.empty()) {
         return "the user";
     }

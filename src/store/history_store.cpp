@@ -5,7 +5,8 @@
 #include <cmath>
 #include <filesystem>
 
-#include "core/secure_file.h"
+#include "base/secure_file.h"
+#include "store/sqlite_database.h"
 #include "store/store_open_error.h"
 
 namespace tevra {
@@ -71,90 +72,46 @@ void createParentDirectory(const std::string& dbPath) {
 }  // namespace
 
 HistoryStore::HistoryStore(const std::string& dbPath, WallClock wallClock)
-    : wallClock_(wallClock ? std::move(wallClock) : WallClock(HistoryRow::currentTimestamp)) {
+    : db_(std::make_unique<SqliteDatabase>("weft.historystore")),
+      wallClock_(wallClock ? std::move(wallClock) : WallClock(HistoryRow::currentTimestamp)) {
     createParentDirectory(dbPath);
-    queue_.sync([&] {
-        sqlite3* handle = nullptr;
-        const bool opened = sqlite3_open(dbPath.c_str(), &handle) == SQLITE_OK;
-        // The open is lazy: a file that is not a database shows on the first statement.
-        const int first =
-            opened ? sqlite3_exec(handle, kSchema[0], nullptr, nullptr, nullptr) : SQLITE_CANTOPEN;
-        if (!opened || first == SQLITE_NOTADB || first == SQLITE_CORRUPT) {
-            sqlite3_close(handle);
-            throw StoreOpenError(dbPath);
-        }
-        db_ = handle;
-        for (size_t i = 1; i < std::size(kSchema); ++i) {
-            exec(kSchema[i]);
-        }
-    });
+    if (!db_->open(dbPath, kSchema[0])) {
+        throw StoreOpenError(dbPath);
+    }
+    for (size_t i = 1; i < std::size(kSchema); ++i) {
+        db_->exec(kSchema[i]);
+    }
     SecureFile::lockDownFile(dbPath);
     SecureFile::lockDownFile(dbPath + "-wal");
     SecureFile::lockDownFile(dbPath + "-shm");
 }
 
-HistoryStore::~HistoryStore() {
-    queue_.sync([this] { sqlite3_close(db_); });
-}
-
-void HistoryStore::exec(const std::string& sql) const {
-    queue_.sync([&] { sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr); });
-}
-
-bool HistoryStore::insert(const std::string& sql, const std::vector<SqlValue>& args) const {
-    return queue_.sync([&] {
-        SqliteStatement statement(db_, sql);
-        if (!statement.prepared()) {
-            return false;
-        }
-        statement.bind(args);
-        statement.step();
-        return true;
-    });
-}
-
-std::vector<HistoryStore::TextRow> HistoryStore::rows(const std::string& sql, int columns) const {
-    return queue_.sync([&] {
-        std::vector<TextRow> result;
-        SqliteStatement statement(db_, sql);
-        if (!statement.prepared()) {
-            return result;
-        }
-        while (statement.stepRow()) {
-            TextRow row;
-            row.reserve(static_cast<size_t>(columns));
-            for (int column = 0; column < columns; ++column) {
-                row.push_back(statement.text(column));
-            }
-            result.push_back(std::move(row));
-        }
-        return result;
-    });
-}
+HistoryStore::~HistoryStore() = default;
 
 void HistoryStore::add(const HistoryRow& row) {
-    queue_.sync([&] {
+    db_->sync([&](sqlite3* handle) {
         // One transaction for the row and the prune: one write to disk, not two.
         const bool inTransaction =
-            sqlite3_exec(db_, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
+            sqlite3_exec(handle, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
         const bool prepared =
-            insert(kInsertHistory, {row.ts, row.app, row.raw, row.polished, sqlText(row.language),
-                                    row.durationMs, row.sttMs, row.polishMs, row.insertMs,
-                                    row.words, row.sttBackend, row.polishBackend});
+            db_->run(kInsertHistory, {row.ts, row.app, row.raw, row.polished, sqlText(row.language),
+                                      row.durationMs, row.sttMs, row.polishMs, row.insertMs,
+                                      row.words, row.sttBackend, row.polishBackend});
         // The prune runs whatever the insert's step did, but not for a row never prepared.
         if (prepared) {
-            exec(kPruneHistory);
+            db_->exec(kPruneHistory);
         }
-        if (inTransaction && sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
-            sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);  // as a failed step
+        if (inTransaction &&
+            sqlite3_exec(handle, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+            sqlite3_exec(handle, "ROLLBACK", nullptr, nullptr, nullptr);  // as a failed step
         }
     });
 }
 
 std::vector<HistoryRow> HistoryStore::recent(int64_t limit) const {
-    return queue_.sync([&] {
+    return db_->sync([&](sqlite3* handle) {
         std::vector<HistoryRow> result;
-        SqliteStatement statement(db_, kRecent);
+        SqliteStatement statement(handle, kRecent);
         if (!statement.prepared()) {
             return result;
         }
@@ -183,8 +140,8 @@ std::vector<HistoryRow> HistoryStore::recent(int64_t limit) const {
 }
 
 HistoryStats HistoryStore::stats() const {
-    return queue_.sync([&] {
-        SqliteStatement statement(db_, kStats);
+    return db_->sync([&](sqlite3* handle) {
+        SqliteStatement statement(handle, kStats);
         if (!statement.prepared() || !statement.stepRow()) {
             return HistoryStats{};
         }

@@ -2,23 +2,22 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "core/pipeline_store.h"
-#include "core/serial_queue.h"
 #include "polish/mode.h"
 #include "polish/replacement.h"
 #include "polish/tone_profile.h"
 #include "store/activity.h"
 #include "store/history_row.h"
 #include "store/insights.h"
-#include "store/sqlite_statement.h"
-
-struct sqlite3;
+#include "store/pipeline_store.h"
 
 namespace tevra {
+
+class SqliteDatabase;
 
 struct HistoryStats {
     int64_t dictations = 0;
@@ -102,20 +101,10 @@ public:
     ActivityStreaks activityStreaks() const;
 
 private:
-    using TextRow = std::vector<std::string>;
-
-    // Each runs on the queue; none reports a failure.
-    void exec(const std::string& sql) const;
-    // Binds, steps once and finalizes; false when the statement did not prepare.
-    bool insert(const std::string& sql, const std::vector<SqlValue>& args) const;
-    // Every row as `columns` texts, NULL as "".
-    std::vector<TextRow> rows(const std::string& sql, int columns) const;
-
     Activity::DayCounts localDayCounts() const;
     LocalDays::Day today() const;
 
-    mutable SerialQueue queue_{"weft.historystore"};
-    sqlite3* db_ = nullptr;
+    std::unique_ptr<SqliteDatabase> db_;
     WallClock wallClock_;
 };
 

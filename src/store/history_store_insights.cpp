@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "store/history_store.h"
+#include "store/sqlite_database.h"
 
 namespace tevra {
 
@@ -19,8 +20,8 @@ int64_t rounded(double value) {
 }  // namespace
 
 InsightsSummary HistoryStore::insightsSummary() const {
-    return queue_.sync([&] {
-        SqliteStatement statement(db_,
+    return db_->sync([&](sqlite3* handle) {
+        SqliteStatement statement(handle,
                                   "SELECT COALESCE(SUM(words),0),\n"
                                   "       COUNT(*),\n"
                                   "       COALESCE(SUM(duration_ms),0),\n"
@@ -54,7 +55,7 @@ std::vector<AppUsage> HistoryStore::perAppUsage(int64_t limit) const {
         "SELECT app, COUNT(*), COALESCE(SUM(words),0)\n"
         "FROM history GROUP BY app ORDER BY SUM(words) DESC LIMIT " +
         std::to_string(std::max<int64_t>(limit, 0));
-    for (auto& row : rows(sql, 3)) {
+    for (auto& row : db_->rows(sql, 3)) {
         usage.push_back({std::move(row[0]), parseDecimal(row[1]).value_or(0),
                          parseDecimal(row[2]).value_or(0)});
     }
@@ -63,9 +64,9 @@ std::vector<AppUsage> HistoryStore::perAppUsage(int64_t limit) const {
 
 Activity::DayCounts HistoryStore::localDayCounts() const {
     Activity::DayCounts counts;
-    for (auto& row : rows("SELECT date(ts, 'unixepoch', 'localtime'), COUNT(*)\n"
-                          "FROM history GROUP BY 1",
-                          2)) {
+    for (auto& row : db_->rows("SELECT date(ts, 'unixepoch', 'localtime'), COUNT(*)\n"
+                               "FROM history GROUP BY 1",
+                               2)) {
         if (!row[0].empty()) {
             counts[std::move(row[0])] = parseDecimal(row[1]).value_or(0);
         }

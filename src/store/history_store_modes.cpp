@@ -3,6 +3,7 @@
 #include "polish/mode_defaults.h"
 #include "polish/voice.h"
 #include "store/history_store.h"
+#include "store/sqlite_database.h"
 #include "store/store_defaults.h"
 
 namespace tevra {
@@ -16,7 +17,7 @@ SqlValue flag(bool value) {
 }  // namespace
 
 void HistoryStore::saveMode(const Mode& mode) {
-    insert(
+    db_->run(
         "INSERT OR REPLACE INTO modes(slot,name,instructions,output_language,signature,\n"
         "                             is_screenshot,is_command,enabled)\n"
         "VALUES(?,?,?,?,?,?,?,?)",
@@ -26,9 +27,10 @@ void HistoryStore::saveMode(const Mode& mode) {
 
 std::vector<Mode> HistoryStore::modes() const {
     std::vector<Mode> result;
-    for (auto& row : rows("SELECT slot,name,instructions,output_language,signature,is_screenshot,"
-                          "is_command,enabled\nFROM modes ORDER BY slot",
-                          8)) {
+    for (auto& row :
+         db_->rows("SELECT slot,name,instructions,output_language,signature,is_screenshot,"
+                   "is_command,enabled\nFROM modes ORDER BY slot",
+                   8)) {
         result.push_back(Mode{
             .slot = parseDecimal(row[0]).value_or(0),
             .name = std::move(row[1]),
@@ -53,7 +55,7 @@ std::optional<Mode> HistoryStore::mode(int64_t slot) const {
 }
 
 void HistoryStore::resetModesToDefaults() {
-    exec("DELETE FROM modes");
+    db_->exec("DELETE FROM modes");
     for (const Mode& seed : ModeDefaults::seed()) {
         saveMode(seed);
     }
@@ -86,7 +88,7 @@ void HistoryStore::deleteMode(int64_t slot) {
     if (slot < static_cast<int64_t>(ModeDefaults::seed().size())) {
         return;
     }
-    insert("DELETE FROM modes WHERE slot = ?", {slot});
+    db_->run("DELETE FROM modes WHERE slot = ?", {slot});
 }
 
 void HistoryStore::seedDefaultsIfEmpty() {

@@ -2,16 +2,16 @@
 
 namespace tevra {
 
-std::string RouterError::description() const {
-    if (kind_ == Kind::noBackends) {
+std::string RouterError::textOf(Kind kind, const std::vector<Failure>& failures) {
+    if (kind == Kind::noBackends) {
         return "no transcription backends configured";
     }
     std::string text = "all STT backends failed: ";
-    for (size_t i = 0; i < failures_.size(); ++i) {
+    for (size_t i = 0; i < failures.size(); ++i) {
         if (i > 0) {
             text += " | ";
         }
-        text += failures_[i].first + ": " + failures_[i].second;
+        text += failures[i].first + ": " + failures[i].second;
     }
     return text;
 }

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/error.h"
+#include "base/error.h"
 #include "stt/transcription_backend.h"
 
 namespace tevra {
@@ -23,11 +23,11 @@ public:
 
     Kind kind() const { return kind_; }
     const std::vector<Failure>& failures() const { return failures_; }
-    std::string description() const override;
 
 private:
     RouterError(Kind kind, std::vector<Failure> failures)
-        : kind_(kind), failures_(std::move(failures)) {}
+        : Error(textOf(kind, failures)), kind_(kind), failures_(std::move(failures)) {}
+    static std::string textOf(Kind kind, const std::vector<Failure>& failures);
     Kind kind_;
     std::vector<Failure> failures_;
 };

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/byte_buffer.h"
+#include "base/byte_buffer.h"
 
 namespace tevra::WAV {
 

@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "core/text.h"
-#include "stt/weft_errors.h"
+#include "base/http_errors.h"
+#include "base/text.h"
 
 namespace tevra {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "core/byte_buffer.h"
-#include "core/http_client.h"
-#include "core/service_roots.h"
+#include "base/byte_buffer.h"
+#include "base/http_client.h"
+#include "base/service_roots.h"
 #include "stt/transcription_backend.h"
 
 namespace tevra {

@@ -48,6 +48,7 @@ TEST(FnHotkeyMap, MapsTheTwelveChordKeysToActionsAndSlotsToKeysAndLabels) {
     }
     EXPECT_EQ(FnHotkeyMap::label(0), "Fn");
     EXPECT_EQ(FnHotkeyMap::label(12), "Fn 12");
+    EXPECT_EQ(hotkeyLabel(Mode{.slot = 3, .name = "Formal"}), "Fn 3");
 
     // Momentary actions fire at the press; capture actions start one.
     EXPECT_EQ(FnAction::select().momentaryIntent(), FnIntent::selectTool());

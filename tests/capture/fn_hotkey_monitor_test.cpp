@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/virtual_main_queue.h"
 #include "capture/key_symbols.h"
-#include "core/virtual_main_queue.h"
 #include "support/recording_desktop_keyboard.h"
 #include "support/recording_hotkey_calls.h"
 

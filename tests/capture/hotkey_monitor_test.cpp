@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "core/virtual_main_queue.h"
+#include "base/virtual_main_queue.h"
 #include "support/recording_desktop_keyboard.h"
 #include "support/recording_hotkey_calls.h"
 

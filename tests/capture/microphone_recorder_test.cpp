@@ -5,8 +5,8 @@
 #include <mutex>
 #include <thread>
 
+#include "base/virtual_main_queue.h"
 #include "capture/audio_error.h"
-#include "core/virtual_main_queue.h"
 #include "support/main_queue_wait.h"
 #include "support/scripted_microphone.h"
 

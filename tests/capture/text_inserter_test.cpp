@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "core/virtual_main_queue.h"
+#include "base/virtual_main_queue.h"
 #include "support/recording_capture.h"
 
 namespace tevra {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/backend_builders.h"
+#include "core/weft_runtime.h"
 #include "polish/llm_polisher.h"
 #include "stt/whisper_api_transcriber.h"
 
@@ -48,14 +48,14 @@ TEST(BackendChain, PolishChoosesAmongTheLanguageModels) {
     EXPECT_EQ(BackendChain::polish("something-else", {"groq"}, false), Names{"groq"});
 }
 
-TEST(BackendBuilders, EveryKeyGivesItsServicesAndTheRelayNeedsATokenAndAnAddress) {
+TEST(WeftRuntimeBackends, EveryKeyGivesItsServicesAndTheRelayNeedsATokenAndAnAddress) {
     WeftSettings settings;
     settings.proxyBaseURL = "https://relay.example/v1";
     const ProviderKeys all = {{Provider::groq, "g"},
                               {Provider::openai, "o"},
                               {Provider::deepinfra, "d"},
                               {Provider::fireworks, "f"}};
-    const auto stt = BackendBuilders::buildSTT(settings, all, std::string("tok"));
+    const auto stt = WeftRuntime::buildSTT(settings, all, std::string("tok"));
     EXPECT_EQ(names(stt), (Names{"kestrum", "fireworks", "deepinfra", "groq", "openai"}));
     const auto& relay = dynamic_cast<const WhisperAPITranscriber&>(*stt[0]);
     EXPECT_EQ(relay.baseURL(), "https://relay.example/v1");
@@ -63,33 +63,32 @@ TEST(BackendBuilders, EveryKeyGivesItsServicesAndTheRelayNeedsATokenAndAnAddress
     EXPECT_EQ(relay.apiKey(), "tok");
     EXPECT_EQ(dynamic_cast<const WhisperAPITranscriber&>(*stt[1]).model(), "whisper-v3-turbo");
 
-    const auto polishers = BackendBuilders::buildPolishers(settings, all, std::string("tok"));
+    const auto polishers = WeftRuntime::buildPolishers(settings, all, std::string("tok"));
     EXPECT_EQ(names(polishers), (Names{"kestrum", "groq", "openai"}));
     EXPECT_EQ(dynamic_cast<const LLMPolisher&>(*polishers[0]).model(), "llama-3.3-70b-versatile");
     EXPECT_EQ(dynamic_cast<const LLMPolisher&>(*polishers[2]).model(), "gpt-4o-mini");
 
-    EXPECT_EQ(names(BackendBuilders::buildSTT(settings, {}, std::string(""))), Names{});
-    EXPECT_EQ(names(BackendBuilders::buildSTT(settings, {}, std::nullopt)), Names{});
+    EXPECT_EQ(names(WeftRuntime::buildSTT(settings, {}, std::string(""))), Names{});
+    EXPECT_EQ(names(WeftRuntime::buildSTT(settings, {}, std::nullopt)), Names{});
     settings.proxyBaseURL = "not a url";
-    EXPECT_EQ(names(BackendBuilders::buildSTT(settings, {}, std::string("tok"))), Names{});
-    EXPECT_EQ(names(BackendBuilders::buildPolishers(settings, {}, std::string("tok"))), Names{});
+    EXPECT_EQ(names(WeftRuntime::buildSTT(settings, {}, std::string("tok"))), Names{});
+    EXPECT_EQ(names(WeftRuntime::buildPolishers(settings, {}, std::string("tok"))), Names{});
 }
 
-TEST(BackendBuilders, FireworksAloneGivesSpeechButNoPolish) {
+TEST(WeftRuntimeBackends, FireworksAloneGivesSpeechButNoPolish) {
     const ProviderKeys fireworks = {{Provider::fireworks, "f"}};
     WeftSettings settings;
-    EXPECT_EQ(names(BackendBuilders::buildSTT(settings, fireworks, std::nullopt)),
-              Names{"fireworks"});
-    EXPECT_TRUE(BackendBuilders::buildPolishers(settings, fireworks, std::nullopt).empty());
+    EXPECT_EQ(names(WeftRuntime::buildSTT(settings, fireworks, std::nullopt)), Names{"fireworks"});
+    EXPECT_TRUE(WeftRuntime::buildPolishers(settings, fireworks, std::nullopt).empty());
     // The chain stays built when clean-up is off: modes and commands still use it.
     settings.polishEnabled = false;
-    EXPECT_EQ(names(BackendBuilders::buildPolishers(settings, {{Provider::openai, "o"}}, {})),
+    EXPECT_EQ(names(WeftRuntime::buildPolishers(settings, {{Provider::openai, "o"}}, {})),
               Names{"openai"});
 
     // A pinned provider without its key leaves nothing to try.
     settings.sttProvider = "openai";
     try {
-        BackendBuilders::buildPipeline(settings, fireworks, nullptr, std::nullopt)
+        WeftRuntime::buildPipeline(settings, fireworks, nullptr, std::nullopt)
             ->process(std::vector<int16_t>(1600, 3000), 16000, {});
         ADD_FAILURE() << "nothing to transcribe with";
     } catch (const RouterError& e) {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/http_errors.h"
 #include "stt/wav.h"
-#include "stt/weft_errors.h"
 #include "support/recording_backends.h"
 
 namespace tevra {

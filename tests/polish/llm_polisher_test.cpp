@@ -5,8 +5,8 @@
 #include <mutex>
 #include <nlohmann/json.hpp>
 
+#include "base/http_errors.h"
 #include "polish/prompt_builder.h"
-#include "stt/weft_errors.h"
 #include "support/loopback_server.h"
 
 namespace tevra {

@@ -8,21 +8,21 @@
 namespace tevra {
 namespace {
 
-TEST(ModeDefaults, SeedsSixEnabledVoicesWithTheirSummariesAndLabels) {
+TEST(ModeDefaults, SeedsSixEnabledVoicesWithTheirSummaries) {
     struct Row {
-        std::string name, outputLanguage, signature, summary, label;
+        std::string name, outputLanguage, signature, summary;
         bool isScreenshot, isCommand;
     };
     const Row expected[] = {
-        {"Dictate", "", "", "Cleans up your speech into text, verbatim.", "Fn", false, false},
-        {"Command", "", "", "Does what you tell it and types the result.", "Fn 1", false, true},
+        {"Dictate", "", "", "Cleans up your speech into text, verbatim.", false, false},
+        {"Command", "", "", "Does what you tell it and types the result.", false, true},
         {"Email", "", "signs-off", "Formats your speech as an email, signed with your signature.",
-         "Fn 2", false, false},
-        {"Formal message — 中文", "zh", "signs-off", "Rewrites formally in Simplified Chinese.",
-         "Fn 3", false, false},
-        {"Formal message", "", "signs-off", "Rewrites formally in the chosen language.", "Fn 4",
          false, false},
-        {"Screenshot → text", "", "", "Reads text from a screen region.", "Fn 5", true, false},
+        {"Formal message — 中文", "zh", "signs-off", "Rewrites formally in Simplified Chinese.",
+         false, false},
+        {"Formal message", "", "signs-off", "Rewrites formally in the chosen language.", false,
+         false},
+        {"Screenshot → text", "", "", "Reads text from a screen region.", true, false},
     };
     const auto seed = ModeDefaults::seed();
     ASSERT_EQ(seed.size(), std::size(expected));
@@ -38,7 +38,6 @@ TEST(ModeDefaults, SeedsSixEnabledVoicesWithTheirSummariesAndLabels) {
                         .enabled = true};
         EXPECT_EQ(seed[i], want) << row.name;
         EXPECT_EQ(seed[i].summary(), row.summary);
-        EXPECT_EQ(seed[i].hotkeyLabel(), row.label);
         EXPECT_FALSE(seed[i].instructions.empty());
     }
     EXPECT_EQ(seed[4].instructions, ModeDefaults::formalInstructions);
@@ -60,9 +59,6 @@ TEST(Mode, SummaryTakesTheFirstRuleThatApplies) {
     EXPECT_EQ(formal.summary(), "Rewrites formally in German.");
     formal.outputLanguage = "xx";
     EXPECT_EQ(formal.summary(), "Rewrites formally in xx.");
-    EXPECT_EQ(formal.hotkeyLabel(), "Fn 6");
-    formal.slot = 12;
-    EXPECT_EQ(formal.hotkeyLabel(), "Fn 12");
 }
 
 TEST(Voice, DetectLanguageByScriptLettersAndMarkerWords) {

@@ -14,7 +14,7 @@ namespace {
 // Golden files hold the expected prompt exactly, plus the one line feed that
 // ends every text file.
 std::string golden(const std::string& name) {
-    const auto path = std::filesystem::path(__FILE__).parent_path() / "golden" / name;
+    const auto path = std::filesystem::path(TEVRA_TESTS_DIR) / "polish" / "golden" / name;
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.good()) << "missing golden file " << path;
     std::ostringstream content;

@@ -7,8 +7,8 @@
 namespace tevra {
 namespace {
 
-WeftSettings identity(std::string style, std::string signature = "") {
-    WeftSettings s;
+Signature::Identity identity(std::string style, std::string signature = "") {
+    Signature::Identity s;
     s.userFirstName = " Anna ";
     s.userLastName = "Kowalska\n";
     s.userCompany = "Acme Sp. z o.o.";
@@ -22,7 +22,7 @@ WeftSettings identity(std::string style, std::string signature = "") {
 const std::string kFull = "Anna Kowalska\nAcme Sp. z o.o.\n+48 600 100 200 \u00B7 anna@acme.pl";
 
 TEST(Signature, EachStyleBuildsItsBlockFromTrimmedFields) {
-    const std::pair<WeftSettings, std::string> cases[] = {
+    const std::pair<Signature::Identity, std::string> cases[] = {
         {identity("name"), "Anna Kowalska"},
         {identity("name_phone"), "Anna Kowalska\n+48 600 100 200"},
         {identity("full"), kFull},
@@ -36,15 +36,15 @@ TEST(Signature, EachStyleBuildsItsBlockFromTrimmedFields) {
         {identity("custom", " "), ""},  // custom text is never replaced by the name
         {identity(""), "Anna Kowalska"},
         {identity("Full"), "Anna Kowalska"},
-        {WeftSettings{}, ""},
+        {Signature::Identity{}, ""},
     };
     for (const auto& [settings, expected] : cases) {
         EXPECT_EQ(Signature::build(settings), expected) << settings.signatureStyle;
     }
-    EXPECT_EQ(WeftSettings{}.signatureStyle, "name");
+    EXPECT_EQ(Signature::Identity{}.signatureStyle, "name");
 
     // The default footer only ever follows an identity block.
-    WeftSettings footerOnly;
+    Signature::Identity footerOnly;
     footerOnly.signatureStyle = "legal";
     footerOnly.userSignature = "Confidential.";
     EXPECT_EQ(Signature::build(footerOnly), "Confidential.");
@@ -77,11 +77,11 @@ TEST(Signature, PersonaNamesWhomTheGhostwriterWritesFor) {
     EXPECT_EQ(Signature::persona(s), "Anna Kowalska");
     EXPECT_EQ(Signature::fullName(s), "Anna Kowalska");
 
-    WeftSettings companyOnly;
+    Signature::Identity companyOnly;
     companyOnly.userCompany = "\tAcme\n";
     EXPECT_EQ(Signature::persona(companyOnly), "Acme");
     EXPECT_EQ(Signature::fullName(companyOnly), "");
-    EXPECT_EQ(Signature::persona(WeftSettings{}), "the user");
+    EXPECT_EQ(Signature::persona(Signature::Identity{}), "the user");
 }
 
 }  // namespace

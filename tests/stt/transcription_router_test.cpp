@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "core/http_client.h"
-#include "stt/weft_errors.h"
+#include "base/http_client.h"
+#include "base/http_errors.h"
 #include "stt/whisper_api_transcriber.h"
 #include "support/loopback_server.h"
 #include "support/recording_backends.h"

@@ -6,9 +6,9 @@
 #include <regex>
 #include <thread>
 
-#include "core/http_client.h"
+#include "base/http_client.h"
+#include "base/http_errors.h"
 #include "stt/wav.h"
-#include "stt/weft_errors.h"
 #include "support/loopback_server.h"
 
 namespace tevra {

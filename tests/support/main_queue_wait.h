@@ -3,7 +3,7 @@
 #include <chrono>
 #include <functional>
 
-#include "core/virtual_main_queue.h"
+#include "base/virtual_main_queue.h"
 
 namespace tevra::testing {
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "app/status_item.h"
 #include "capture/microphone_access.h"
-#include "capture/status_item.h"
 #include "pill/hud.h"
 #include "support/recording_capture.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "core/pipeline_store.h"
 #include "polish/polish_backend.h"
+#include "store/pipeline_store.h"
 #include "stt/transcription_backend.h"
 
 namespace tevra::testing {

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QPointer>
 
-#include "core/main_queue.h"
+#include "base/main_queue.h"
 
 namespace tevra {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "capture/status_item.h"
+#include "app/status_item.h"
 
 namespace tevra {
 

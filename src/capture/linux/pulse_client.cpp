@@ -2,7 +2,7 @@
 
 #include <pulse/pulseaudio.h>
 
-#include "core/error.h"
+#include "base/error.h"
 
 namespace tevra {
 namespace {

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace tevra {
 namespace {

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "base/main_queue.h"
 #include "capture/desktop_keyboard.h"
 #include "capture/hotkey_backend.h"
 #include "capture/key_event_decoder.h"
 #include "capture/linux/x_display_thread.h"
 #include "capture/linux/x_own_grabs.h"
-#include "core/main_queue.h"
 
 namespace tevra {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "core/main_queue.h"
+#include "base/main_queue.h"
 #include "pill/hud.h"
 #include "pill/hud_meter.h"
 #include "pill/pill_geometry.h"

@@ -3,7 +3,7 @@
 #include <QRectF>
 #include <QWidget>
 
-#include "core/main_queue.h"
+#include "base/main_queue.h"
 #include "pill/hud_meter.h"
 
 namespace tevra {

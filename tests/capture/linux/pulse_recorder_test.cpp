@@ -6,10 +6,10 @@
 #include <cmath>
 #include <span>
 
+#include "base/virtual_main_queue.h"
 #include "capture/audio_error.h"
 #include "capture/linux/pulse_audio_input.h"
 #include "capture/microphone_recorder.h"
-#include "core/virtual_main_queue.h"
 #include "support/main_queue_wait.h"
 #include "support/pulse_test_server.h"
 #include "support/speech_samples.h"

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "base/virtual_main_queue.h"
 #include "capture/fn_hotkey_monitor.h"
 #include "capture/hotkey_monitor.h"
 #include "capture/linux/x_keyboard.h"
 #include "capture/linux/x_test_client.h"
-#include "core/virtual_main_queue.h"
 #include "support/recording_hotkey_calls.h"
 
 namespace tevra {

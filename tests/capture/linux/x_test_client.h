@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/virtual_main_queue.h"
+#include "base/virtual_main_queue.h"
 
 namespace tevra::testing {
 

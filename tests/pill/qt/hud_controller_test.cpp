@@ -8,7 +8,7 @@
 #include <QWindow>
 #include <thread>
 
-#include "core/virtual_main_queue.h"
+#include "base/virtual_main_queue.h"
 #include "pill/hud_geometry.h"
 #include "pill/qt/meter_view.h"
 

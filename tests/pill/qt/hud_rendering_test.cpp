@@ -3,7 +3,7 @@
 #include <QImage>
 #include <QWidget>
 
-#include "core/virtual_main_queue.h"
+#include "base/virtual_main_queue.h"
 #include "pill/qt/hud_controller.h"
 
 namespace tevra {

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/status_item.h"
+#include "base/main_queue.h"
+#include "base/notification_center.h"
+#include "base/work_pool.h"
+#include "capture/audio_recorder.h"
+#include "capture/chime.h"
+#include "capture/context_reader.h"
+#include "capture/desktop_keyboard.h"
+#include "capture/hotkey_backend.h"
+#include "capture/microphone_access.h"
+#include "capture/secure_input.h"
+#include "capture/text_inserter.h"
+#include "core/weft_runtime.h"
+#include "pill/hud.h"
+#include "polish/mode.h"
+
+namespace tevra {
+
+// Everything the orchestrator drives, made by the program's composition root
+// (or by a test, with recording fakes).
+struct AppServices {
+    MainQueue* queue = nullptr;
+    NotificationCenter* notifications = nullptr;
+    std::shared_ptr<Hud> hud;
+    std::shared_ptr<AudioRecorder> recorder;
+    std::shared_ptr<TextInserter> inserter;
+    std::shared_ptr<ContextReader> contextReader;
+    std::shared_ptr<Chime> chime;
+    std::shared_ptr<SecureInput> secureInput;
+    std::shared_ptr<MicrophoneAccess> microphone;
+    // The tray icon; none where the desktop has no tray.
+    std::shared_ptr<StatusItem> statusItem;
+    // Runs the pipeline's blocking work; dictations may overlap.
+    std::shared_ptr<WorkPool> work;
+    // The runtime, made once at launch.
+    std::function<std::unique_ptr<WeftRuntime>()> makeRuntime;
+    // A fresh connection to the desktop's keyboard for each hotkey backend.
+    std::function<std::unique_ptr<DesktopKeyboard>()> makeKeyboard;
+    // Whether the talk key can be watched here at all (the X display has
+    // XTest and XInput2); asked again while waiting for it.
+    std::function<bool()> inputControlAvailable;
+    LogLine log;
+};
+
+// The orchestrator: every hotkey ends here. It decides whether an action may
+// run now, starts and finishes the recorder, hands the samples to the
+// pipeline on a work thread, and puts the result at the cursor, on the HUD
+// and in the chime. Everything runs on the main queue but the pipeline work.
+//
+// Lives in a std::shared_ptr: hotkey callbacks and timers hold it weakly; the
+// pipeline work holds it until it ends.
+class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
+public:
+    // The longest capture, in seconds.
+    static constexpr double maxCaptureSeconds = 180.0;
+    // A capture must be longer than this, and hold more than a quarter
+    // second's worth of samples, to be processed.
+    static constexpr double minCaptureSeconds = 0.25;
+    static constexpr std::size_t minCaptureSamples = AudioRecorder::sampleRate / 4;
+    // With no samples at all after this long, the microphone is not delivering.
+    static constexpr double silentMicrophoneSeconds = 0.5;
+    // Ticks of 2 s while waiting for input control to appear.
+    static constexpr double accessibilityPollSeconds = 2.0;
+    static constexpr int accessibilityPollTicks = 30;
+
+    static std::shared_ptr<AppDelegate> create(AppServices services);
+    ~AppDelegate();
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+
+    // Start-up: the runtime, the chime's setting, the settings observer, the
+    // microphone check, then the hotkeys.
+    void applicationDidFinishLaunching();
+    // Replaces whatever hotkey backend runs by the one the settings ask for,
+    // falling back to the Alt scheme when the talk key cannot be watched.
+    void startHotkeys();
+
+    void wireHotkeyCallbacks(HotkeyBackend& backend);
+    void startSlot(int slot);
+    void finishCapture();
+    void cancelCapture();
+    void startDictateTranslate();
+
+    bool isCapturing() const { return recording_; }
+    WeftRuntime* runtime() const { return runtime_.get(); }
+    HotkeyBackend* hotkey() const { return hotkey_.get(); }
+    // The running backend's name ("fn-tap", "hotkey"), or none when no key could be taken.
+    const std::optional<std::string>& hotkeyName() const { return hotkeyName_; }
+    bool isWatchingForAccessibility() const { return axWatch_.has_value(); }
+
+private:
+    explicit AppDelegate(AppServices services);
+
+    // The outcome of one capture's pipeline work, delivered on the main queue.
+    struct Outcome;
+
+    void beginRecording(const std::string& prefix, const std::string& name);
+    void endCaptureState();
+    void microphoneFailed(std::uint64_t capture, std::exception_ptr error);
+    void process(AudioRecorder::Samples samples, std::optional<Mode> mode, bool translate,
+                 PolishContext context);
+    void deliver(const Outcome& outcome);
+    void runScreenshotMode(const Mode& mode);
+    void checkMicrophone();
+    void watchForAccessibilityGrant();
+    std::shared_ptr<HotkeyBackend> makeOptionMonitor(int slotCount);
+    void log(const std::string& line) const;
+
+    AppServices services_;
+    MainQueue& queue_;
+
+    // The fields of the running program, all on the main queue.
+    std::shared_ptr<StatusItem> statusItem_;
+    std::shared_ptr<Hud> hud_;
+    std::shared_ptr<AudioRecorder> recorder_;
+    std::unique_ptr<WeftRuntime> runtime_;
+    std::shared_ptr<HotkeyBackend> hotkey_;
+    std::optional<std::string> hotkeyName_;
+    std::optional<TimerHandle> axWatch_;
+    bool recording_ = false;
+    std::optional<Mode> activeMode_;
+    bool translateCapture_ = false;
+    double recordingStarted_ = 0;
+    std::optional<TimerHandle> maxDurationTimer_;
+
+    // Which capture a late microphone failure belongs to.
+    std::uint64_t captureNumber_ = 0;
+    NotificationObserver settingsObserver_;
+};
+
+}  // namespace tevra

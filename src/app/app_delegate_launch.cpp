@@ -1,0 +1,147 @@
+// Start-up, and the choice of the hotkey backend at run time.
+#include <vector>
+
+#include "app/app_delegate.h"
+#include "capture/fn_hotkey_monitor.h"
+#include "capture/hotkey_monitor.h"
+#include "store/history_store.h"
+
+namespace tevra {
+
+void AppDelegate::applicationDidFinishLaunching() {
+    runtime_ = services_.makeRuntime();
+    services_.chime->setEnabled(runtime_->settings().soundCues);
+
+    std::weak_ptr<AppDelegate> weak = weak_from_this();
+    if (services_.notifications) {
+        settingsObserver_ = services_.notifications->observe(weftSettingsChanged, [weak] {
+            if (auto self = weak.lock()) {
+                self->startHotkeys();
+            }
+        });
+    }
+    checkMicrophone();
+    // Where input control is missing there is no system prompt to bring up:
+    // the Alt scheme stands in and the watcher below notices when it appears.
+    startHotkeys();
+}
+
+void AppDelegate::checkMicrophone() {
+    if (!services_.microphone) {
+        return;
+    }
+    switch (services_.microphone->status()) {
+        case MicrophoneAccess::Status::restricted:
+        case MicrophoneAccess::Status::denied:
+            log("mic DENIED");
+            hud_->error("microphone blocked \u2014 enable Tevra in Settings \u2192 Microphone");
+            break;
+        case MicrophoneAccess::Status::notDetermined: {
+            LogLine logLine = services_.log;
+            services_.microphone->requestAccess([logLine](bool granted) {
+                if (logLine) {
+                    logLine(std::string("mic prompt \u2192 granted=") +
+                            (granted ? "true" : "false"));
+                }
+            });
+            break;
+        }
+        case MicrophoneAccess::Status::authorized:
+            break;
+    }
+}
+
+std::shared_ptr<HotkeyBackend> AppDelegate::makeOptionMonitor(int slotCount) {
+    return std::make_shared<HotkeyMonitor>(queue_, services_.makeKeyboard(), slotCount,
+                                           services_.log);
+}
+
+void AppDelegate::startHotkeys() {
+    if (hotkey_) {
+        hotkey_->stop();
+        hotkey_.reset();
+    }
+    if (axWatch_) {
+        axWatch_->cancel();
+        axWatch_.reset();
+    }
+
+    std::vector<Mode> modes;
+    if (const auto& store = runtime_->store()) {
+        for (Mode& mode : store->modes()) {
+            if (mode.enabled) {
+                modes.push_back(std::move(mode));
+            }
+        }
+    }
+    if (statusItem_) {
+        std::string tip = "Tevra \u2014 ";
+        for (std::size_t i = 0; i < modes.size(); ++i) {
+            if (i > 0) {
+                tip += " \u00b7 ";
+            }
+            tip += hotkeyLabel(modes[i]) + " " + modes[i].name;
+        }
+        statusItem_->setToolTip(tip);
+    }
+
+    const int slotCount = modes.empty() ? 1 : static_cast<int>(modes.size());
+    const bool fnScheme = runtime_->settings().hotkey == "fn";
+    std::shared_ptr<HotkeyBackend> monitor =
+        fnScheme ? std::static_pointer_cast<HotkeyBackend>(
+                       std::make_shared<FnHotkeyMonitor>(queue_, services_.makeKeyboard()))
+                 : makeOptionMonitor(slotCount);
+    wireHotkeyCallbacks(*monitor);
+    std::optional<std::string> name = monitor->start();
+
+    if (fnScheme && !name) {
+        log("Fn tap unavailable (Accessibility not granted?) \u2014 using \u2325 scheme");
+        hud_->error("Fn dictation needs Accessibility \u2014 using \u2325 keys until you grant it");
+        monitor = makeOptionMonitor(slotCount);
+        wireHotkeyCallbacks(*monitor);
+        name = monitor->start();
+        watchForAccessibilityGrant();
+    }
+    hotkey_ = std::move(monitor);
+    hotkeyName_ = name;
+    if (recording_) {
+        // The capture goes on under the new keys, and Esc still cancels it.
+        hotkey_->enableCancelKey();
+    }
+
+    log("hotkeys: " + std::to_string(modes.size()) +
+        " modes, scheme=" + (fnScheme ? "fn" : "option") + ", " + name.value_or("FAILED") +
+        ", autopaste=" + (services_.inserter->canAutoPaste() ? "true" : "false"));
+    if (!name) {
+        hud_->error("hotkey registration failed");
+    }
+}
+
+void AppDelegate::watchForAccessibilityGrant() {
+    if (axWatch_) {
+        axWatch_->cancel();
+    }
+    std::weak_ptr<AppDelegate> weak = weak_from_this();
+    auto ticks = std::make_shared<int>(0);
+    auto handle = std::make_shared<TimerHandle>();
+    *handle = queue_.every(accessibilityPollSeconds, [weak, ticks, handle] {
+        auto self = weak.lock();
+        if (!self) {
+            handle->cancel();
+            return;
+        }
+        ++*ticks;
+        if (self->services_.inputControlAvailable && self->services_.inputControlAvailable()) {
+            handle->cancel();
+            self->axWatch_.reset();
+            self->log("Accessibility granted \u2014 switching to Fn scheme");
+            self->startHotkeys();
+        } else if (*ticks >= accessibilityPollTicks) {
+            handle->cancel();
+            self->axWatch_.reset();
+        }
+    });
+    axWatch_ = *handle;
+}
+
+}  // namespace tevra

@@ -1,0 +1,528 @@
+// The orchestrator on virtual time, with recording fakes of the desktop and a
+// pipeline whose speech and language backends answer from a script.
+#include "app/app_delegate.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <future>
+#include <nlohmann/json.hpp>
+
+#include "base/virtual_main_queue.h"
+#include "capture/audio_error.h"
+#include "capture/key_symbols.h"
+#include "store/history_store.h"
+#include "stt/wav_reader.h"
+#include "support/recording_app_services.h"
+#include "support/recording_audio_recorder.h"
+#include "support/recording_backends.h"
+#include "support/recording_capture.h"
+#include "support/recording_desktop_keyboard.h"
+#include "support/temp_dir.h"
+
+namespace tevra {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using testing::FakeMicrophoneAccess;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::Journal;
+using ::testing::MatchesRegex;
+using ::testing::Not;
+using testing::RecordingAudioRecorder;
+using testing::RecordingClipboard;
+using testing::RecordingDesktopKeyboard;
+using testing::RecordingHud;
+using testing::RecordingKeyInjector;
+using testing::RecordingSoundCues;
+using testing::RecordingStatusItem;
+using testing::ScriptedFocusProbe;
+using testing::ScriptedPolisher;
+using testing::ScriptedTranscriber;
+using testing::TempDir;
+using Samples = AudioRecorder::Samples;
+using KeyEvent = DesktopKeyboard::Event;
+
+// A 440 Hz tone: speech as far as the pipeline's silence check can tell.
+Samples tone(double seconds) {
+    Samples samples(static_cast<std::size_t>(seconds * AudioRecorder::sampleRate));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<int16_t>(6000 * std::sin(2 * M_PI * 440.0 * i / 16000.0));
+    }
+    return samples;
+}
+
+class AppDelegateTest : public ::testing::Test {
+protected:
+    VirtualMainQueue queue;
+    NotificationCenter notifications{queue};
+    TempDir data;
+    std::shared_ptr<Journal> journal = std::make_shared<Journal>();
+    std::shared_ptr<RecordingHud> hud = std::make_shared<RecordingHud>(journal);
+    std::shared_ptr<RecordingAudioRecorder> recorder = std::make_shared<RecordingAudioRecorder>();
+    std::shared_ptr<RecordingClipboard> clipboard = std::make_shared<RecordingClipboard>(journal);
+    std::shared_ptr<RecordingKeyInjector> keys = std::make_shared<RecordingKeyInjector>(journal);
+    std::shared_ptr<testing::FakeSecureInput> secure = std::make_shared<testing::FakeSecureInput>();
+    std::shared_ptr<ScriptedFocusProbe> focus = std::make_shared<ScriptedFocusProbe>();
+    std::shared_ptr<RecordingSoundCues> cues = std::make_shared<RecordingSoundCues>(journal);
+    std::shared_ptr<FakeMicrophoneAccess> microphone = std::make_shared<FakeMicrophoneAccess>();
+    std::shared_ptr<RecordingStatusItem> statusItem = std::make_shared<RecordingStatusItem>();
+    std::shared_ptr<WorkPool> work = std::make_shared<WorkPool>(2);
+
+    // What the speech service hears and the language model answers; both run
+    // on the pool's threads.
+    std::function<Transcript()> speech = [] { return Transcript{"hello world", "en", {}}; };
+    std::function<std::string(const std::string&)> model = [](const std::string&) {
+        return std::string("Hello, world.");
+    };
+
+    bool inputControl = true;
+    bool keyboardsOpen = true;
+    std::vector<RecordingDesktopKeyboard*> keyboards;  // the newest belongs to the running backend
+    std::vector<std::string> logs;
+    std::shared_ptr<AppDelegate> app;
+
+    void SetUp() override {
+        journal->clock = [this] { return queue.now(); };
+    }
+
+    void TearDown() override {
+        work->waitUntilIdle();  // the scripts above must outlive the pipeline's work
+        app.reset();
+    }
+
+    void writeSettings(const nlohmann::json& settings) {
+        std::ofstream(data / "settings.json") << settings.dump();
+    }
+
+    void launch() {
+        AppServices services;
+        services.queue = &queue;
+        services.notifications = &notifications;
+        services.hud = hud;
+        services.recorder = recorder;
+        services.inserter = std::make_shared<TextInserter>(queue, clipboard, keys, secure);
+        services.contextReader = std::make_shared<ContextReader>(focus);
+        services.chime = std::make_shared<Chime>(cues);
+        services.secureInput = secure;
+        services.microphone = microphone;
+        services.statusItem = statusItem;
+        services.work = work;
+        services.makeRuntime = [this] {
+            return std::make_unique<WeftRuntime>(
+                data.path(), false, nullptr,
+                [this](const WeftSettings& settings, const ProviderKeys&,
+                       std::shared_ptr<PipelineStore> store, const std::optional<std::string>&) {
+                    auto transcriber = std::make_shared<ScriptedTranscriber>(
+                        "scripted", [this] { return speech(); });
+                    auto polisher = std::make_shared<ScriptedPolisher>(
+                        "model", [this](const std::string& input) { return model(input); });
+                    return std::make_shared<Pipeline>(
+                        std::make_shared<TranscriptionRouter>(
+                            std::vector<std::shared_ptr<const TranscriptionBackend>>{transcriber}),
+                        std::vector<std::shared_ptr<const PolishBackend>>{polisher},
+                        std::move(store), settings);
+                });
+        };
+        services.makeKeyboard = [this] {
+            auto keyboard = std::make_unique<RecordingDesktopKeyboard>();
+            keyboard->inputControl = inputControl;
+            keyboard->opens = keyboardsOpen;
+            keyboards.push_back(keyboard.get());
+            return keyboard;
+        };
+        services.inputControlAvailable = [this] { return inputControl; };
+        services.log = [this](const std::string& line) { logs.push_back(line); };
+        app = AppDelegate::create(services);
+        app->applicationDidFinishLaunching();
+        queue.runPending();
+    }
+
+    // One capture of the plain voice, held for seconds, that recorded samples.
+    void capture(double seconds, Samples samples, int slot = 0) {
+        app->startSlot(slot);
+        recorder->recording = std::move(samples);
+        queue.advance(seconds);
+        app->finishCapture();
+    }
+
+    // Waits for the pipeline's answer and lets the paste chord go out.
+    void awaitPipeline() {
+        ASSERT_TRUE(queue.waitForPosted(20)) << "the pipeline never answered";
+        queue.advance(TextInserter::pasteDelaySec);
+    }
+
+    std::vector<std::string> hudCalls() const {
+        std::vector<std::string> calls;
+        for (const std::string& entry : journal->names()) {
+            if (entry.starts_with("hud ")) {
+                calls.push_back(entry);
+            }
+        }
+        return calls;
+    }
+    std::vector<std::string> sounds() const {
+        std::vector<std::string> played;
+        for (const std::string& entry : journal->names()) {
+            if (entry.starts_with("play ")) {
+                played.push_back(entry.substr(5));
+            }
+        }
+        return played;
+    }
+
+    void talkKey(KeyEvent::Kind kind) { keyboards.back()->deliver(KeyEvent{kind, 0, false}); }
+    void key(KeyEvent::Kind kind, uint32_t keysym) {
+        keyboards.back()->deliver(KeyEvent{kind, keysym, false});
+    }
+};
+
+TEST_F(AppDelegateTest, ADictationGoesFromTheVoiceToTheCursorAndTheHistory) {
+    focus->front = FrontApplication{"Gedit", "gedit", 42, 7};
+    launch();
+    capture(2.0, tone(2.0));
+    EXPECT_FALSE(app->isCapturing());
+    awaitPipeline();
+
+    EXPECT_EQ(clipboard->text(), "Hello, world.");
+    EXPECT_EQ(keys->posted.size(), 1u);
+    EXPECT_THAT(sounds(), ElementsAre("start", "done"));
+    EXPECT_THAT(hudCalls(), IsEmpty());
+    EXPECT_THAT(logs, Contains("Fn \u2192 Dictate"));
+    EXPECT_THAT(logs,
+                Contains(::testing::MatchesRegex("Dictate: [0-9]+ms stt \\+ [0-9]+ms compose")));
+    const auto rows = app->runtime()->store()->recent(5);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].polished, "Hello, world.");
+    EXPECT_EQ(rows[0].app, "Gedit");
+}
+
+TEST_F(AppDelegateTest, ShortOrEmptyCapturesAreDiscarded) {
+    launch();
+    capture(0.2, tone(0.2));  // 3200 samples
+    EXPECT_EQ(logs.back(), "discarded: 3200 samples in 0.2s");
+    capture(0.3, Samples(4000, 1000));  // exactly 4000 is not more than 4000
+    EXPECT_THAT(logs.back(), MatchesRegex("discarded: 4000 samples in 0\\.[0-9]+s"));
+    capture(0.4, {});  // no samples, but not long enough to blame the microphone
+    EXPECT_THAT(logs.back(), MatchesRegex("discarded: 0 samples in 0\\.[0-9]+s"));
+    EXPECT_THAT(hudCalls(), IsEmpty());
+    EXPECT_THAT(sounds(), IsEmpty());
+
+    capture(1.0, {});
+    EXPECT_THAT(logs.back(), MatchesRegex("discarded: 0 samples in (1\\.0|0\\.9+[0-9]*)s"));
+    EXPECT_THAT(hudCalls(),
+                ElementsAre("hud error no audio \u2014 allow Tevra in Settings \u2192 Microphone"));
+    EXPECT_THAT(sounds(), IsEmpty());
+    EXPECT_EQ(recorder->starts, 4);
+
+    capture(0.26, tone(0.26));  // 4160 samples in 0.26 s: long enough on both counts
+    awaitPipeline();
+    EXPECT_EQ(keys->posted.size(), 1u);
+}
+
+TEST_F(AppDelegateTest, PipelineFailuresSayWhyAndKeepTheAudioUnlessItWasSilent) {
+    launch();
+    capture(1.0, Samples(16000, 0));  // silence never leaves the machine
+    awaitPipeline();
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error no speech detected (audio near-silent)"));
+    EXPECT_THAT(sounds(), ElementsAre("start", "fail"));
+    EXPECT_FALSE(std::filesystem::exists(data / "failed"));
+
+    journal->entries.clear();
+    speech = []() -> Transcript {
+        throw MessageError(
+            "HTTP 503 from the speech service: the upstream model is overloaded, try again later");
+    };
+    const Samples spoken = tone(1.5);
+    capture(1.5, spoken);
+    awaitPipeline();
+    const std::string error =
+        "all STT backends failed: scripted: HTTP 503 from the speech service: the upstream model "
+        "is overloaded, try again later";
+    EXPECT_EQ(logs.back(), "FAILED: " + error);
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error failed (audio saved): " + error.substr(0, 70)));
+    EXPECT_THAT(sounds(), ElementsAre("start", "fail"));
+    EXPECT_TRUE(keys->posted.empty());
+
+    std::vector<std::filesystem::path> saved;
+    for (const auto& entry : std::filesystem::directory_iterator(data / "failed")) {
+        saved.push_back(entry.path());
+    }
+    ASSERT_EQ(saved.size(), 1u);
+    std::ifstream in(saved[0], std::ios::binary);
+    const std::string wav((std::istreambuf_iterator<char>(in)), {});
+    const auto read = WAV::readPCM16(wav);
+    ASSERT_TRUE(std::holds_alternative<WAV::PCM16>(read));
+    const auto& pcm = std::get<WAV::PCM16>(read);
+    EXPECT_EQ(pcm.sampleRate, AudioRecorder::sampleRate);
+    EXPECT_TRUE(std::equal(pcm.samples.begin(), pcm.samples.end(), spoken.begin(), spoken.end()));
+}
+
+TEST_F(AppDelegateTest, TextThatCannotBePastedStaysOnTheClipboard) {
+    keys->available = false;
+    launch();
+    EXPECT_THAT(logs.back(), HasSubstr("autopaste=false"));
+    capture(1.0, tone(1.0));
+    awaitPipeline();
+    EXPECT_EQ(clipboard->text(), "Hello, world.");
+    EXPECT_TRUE(keys->posted.empty());
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error copied \u2014 press \u2318V"));
+    EXPECT_THAT(sounds(), ElementsAre("start", "done"));
+}
+
+TEST_F(AppDelegateTest, SecureInputAndScreenVoicesStartNoRecording) {
+    launch();
+    secure->active = true;
+    app->startSlot(0);
+    app->startDictateTranslate();
+    EXPECT_EQ(recorder->starts, 0);
+    EXPECT_FALSE(app->isCapturing());
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error secure input active (password field?)",
+                                        "hud error secure input active (password field?)"));
+    EXPECT_THAT(logs, Contains("Fn \u2192 Dictate"));
+
+    app->startSlot(5);  // the screen voice needs no microphone
+    EXPECT_EQ(recorder->starts, 0);
+    EXPECT_THAT(logs.back(), "Fn 5 \u2192 Screenshot \u2192 text");
+    app->startSlot(9);  // no voice on that slot: nothing at all
+    EXPECT_EQ(logs.back(), "Fn 5 \u2192 Screenshot \u2192 text");
+}
+
+TEST_F(AppDelegateTest, AMicrophoneThatFailsEndsTheCapture) {
+    launch();
+    app->startSlot(0);
+    EXPECT_TRUE(keyboards.back()->holds(KeySyms::escape, DesktopKeyboard::Modifiers::none));
+    recorder->completion(std::make_exception_ptr(MessageError("no input device")));
+    EXPECT_FALSE(app->isCapturing());
+    EXPECT_FALSE(keyboards.back()->holds(KeySyms::escape, DesktopKeyboard::Modifiers::none));
+    EXPECT_EQ(logs.back(), "MIC FAILED: no input device");
+    EXPECT_THAT(
+        hudCalls(),
+        ElementsAre("hud error microphone unavailable \u2014 check Settings \u2192 Microphone"));
+
+    // A late failure of an earlier start leaves the capture that runs now alone.
+    auto stale = recorder->completion;
+    app->startSlot(0);
+    stale(std::make_exception_ptr(MessageError("no input device")));
+    EXPECT_TRUE(app->isCapturing());
+}
+
+TEST_F(AppDelegateTest, TheTalkKeyDrivesACaptureAndEscCancelsOnlyWhileRecording) {
+    launch();
+    talkKey(KeyEvent::Kind::talkKeyDown);
+    queue.advance(1.0);
+    EXPECT_TRUE(app->isCapturing());
+    key(KeyEvent::Kind::keyDown, KeySyms::escape);
+    key(KeyEvent::Kind::keyUp, KeySyms::escape);
+    EXPECT_FALSE(app->isCapturing());
+    talkKey(KeyEvent::Kind::talkKeyUp);
+    EXPECT_EQ(logs.back(), "cancelled (Esc)");
+    EXPECT_EQ(recorder->stops, 1);
+
+    // Once recording has ended, Esc belongs to the application again and the
+    // text still arrives.
+    talkKey(KeyEvent::Kind::talkKeyDown);
+    queue.advance(0.3);
+    recorder->recording = tone(1.0);
+    queue.advance(0.7);
+    talkKey(KeyEvent::Kind::talkKeyUp);
+    EXPECT_FALSE(app->isCapturing());
+    EXPECT_EQ(app->hotkey()->isCapturing(), false);
+    key(KeyEvent::Kind::keyDown, KeySyms::escape);
+    awaitPipeline();
+    EXPECT_EQ(keys->posted.size(), 1u);
+    EXPECT_THAT(sounds(), ElementsAre("start", "done"));
+}
+
+TEST_F(AppDelegateTest, TheLengthLimitFinishesACaptureOnce) {
+    launch();
+    app->startSlot(0);
+    recorder->recording = tone(2.0);
+    queue.advance(AppDelegate::maxCaptureSeconds - 0.01);
+    EXPECT_TRUE(app->isCapturing());
+    queue.advance(0.01);
+    EXPECT_FALSE(app->isCapturing());
+    EXPECT_EQ(recorder->stops, 1);
+    app->finishCapture();  // the key's release comes too late and finds nothing to do
+    EXPECT_EQ(recorder->stops, 1);
+    awaitPipeline();
+    EXPECT_EQ(keys->posted.size(), 1u);
+
+    // A capture that ends in time leaves no limit behind for the next one.
+    app->startSlot(0);
+    queue.advance(10);
+    app->finishCapture();
+    app->startSlot(0);
+    queue.advance(AppDelegate::maxCaptureSeconds - 5);
+    EXPECT_TRUE(app->isCapturing());
+}
+
+TEST_F(AppDelegateTest, CapturesOverlapWithThePipelineAndEachTextArrives) {
+    std::promise<void> release;
+    std::shared_future<void> gate = release.get_future().share();
+    std::atomic<int> heard{0};
+    speech = [&] {
+        if (heard++ == 0) {
+            gate.wait();
+            return Transcript{"first", "en", {}};
+        }
+        return Transcript{"second", "en", {}};
+    };
+    model = [](const std::string& input) {
+        return input.find("first") != std::string::npos ? std::string("First.")
+                                                        : std::string("Second.");
+    };
+    launch();
+    capture(1.0, tone(1.0));
+    app->startSlot(0);  // the first capture has ended: a new one may start
+    EXPECT_TRUE(app->isCapturing());
+    app->startSlot(2);  // a voice during a running capture is refused silently
+    recorder->recording = tone(1.0);
+    queue.advance(1.0);
+    app->finishCapture();
+    awaitPipeline();
+    release.set_value();
+    awaitPipeline();
+
+    std::vector<std::string> texts;
+    for (const std::string& entry : journal->names()) {
+        if (entry.starts_with("setText ")) {
+            texts.push_back(entry.substr(8));
+        }
+    }
+    EXPECT_THAT(texts, ElementsAre("Second.", "First."));
+    EXPECT_EQ(recorder->starts, 2);
+}
+
+TEST_F(AppDelegateTest, DictateAndTranslateUsesTheTargetLanguage) {
+    writeSettings({{"translateTarget", "de"}});
+    model = [](const std::string&) { return std::string("Hallo, Welt."); };
+    launch();
+    app->startDictateTranslate();
+    EXPECT_EQ(logs.back(), "Fn 9 \u2192 dictate\u2192translate (de)");
+    app->startDictateTranslate();  // already capturing
+    EXPECT_EQ(recorder->starts, 1);
+    recorder->recording = tone(1.0);
+    queue.advance(1.0);
+    app->finishCapture();
+    awaitPipeline();
+    EXPECT_EQ(clipboard->text(), "Hallo, Welt.");
+    EXPECT_THAT(logs.back(),
+                ::testing::MatchesRegex("dictate\u2192translate\\(de\\) [0-9]+ms stt \\+ [0-9]+ms "
+                                        "translate"));
+}
+
+TEST_F(AppDelegateTest, StartUpReportsTheMicrophoneAndTheKeys) {
+    microphone->answer = MicrophoneAccess::Status::denied;
+    launch();
+    EXPECT_THAT(logs, Contains("mic DENIED"));
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error microphone blocked \u2014 enable Tevra in "
+                                        "Settings \u2192 Microphone"));
+    EXPECT_EQ(logs.back(), "hotkeys: 6 modes, scheme=fn, fn-tap, autopaste=true");
+    ASSERT_EQ(statusItem->toolTips.size(), 1u);
+    EXPECT_EQ(statusItem->toolTips[0],
+              "Tevra \u2014 Fn Dictate \u00b7 Fn 1 Command \u00b7 Fn 2 Email \u00b7 Fn 3 Formal "
+              "message \u2014 \u4e2d\u6587 \u00b7 Fn 4 Formal message \u00b7 Fn 5 Screenshot "
+              "\u2192 text");
+}
+
+TEST_F(AppDelegateTest, AnUndecidedMicrophoneIsAskedAndTheAnswerLogged) {
+    microphone->answer = MicrophoneAccess::Status::notDetermined;
+    microphone->grant = false;
+    launch();
+    EXPECT_EQ(microphone->requests, 1);
+    EXPECT_THAT(logs, Contains("mic prompt \u2192 granted=false"));
+    EXPECT_THAT(hudCalls(), IsEmpty());
+}
+
+TEST_F(AppDelegateTest, WithNoVoicesAndAnyOtherSchemeTheAltKeysTakeOneSlot) {
+    {
+        HistoryStore store((data / "weft.sqlite").string());
+        store.seedDefaultsIfEmpty();
+        for (Mode mode : store.modes()) {
+            mode.enabled = false;
+            store.saveMode(mode);
+        }
+    }
+    writeSettings({{"hotkey", ""}});
+    launch();
+    EXPECT_EQ(statusItem->toolTips.back(), "Tevra \u2014 ");
+    EXPECT_EQ(logs.back(), "hotkeys: 0 modes, scheme=option, hotkey, autopaste=true");
+    const auto& keyboard = *keyboards.back();
+    EXPECT_TRUE(keyboard.holds(KeySyms::digit(1), DesktopKeyboard::Modifiers::alt));
+    EXPECT_FALSE(keyboard.holds(KeySyms::digit(2), DesktopKeyboard::Modifiers::alt));
+}
+
+TEST_F(AppDelegateTest, WithoutInputControlTheAltSchemeStandsInUntilItAppears) {
+    inputControl = false;
+    launch();
+    EXPECT_THAT(logs, Contains("Fn tap unavailable (Accessibility not granted?) \u2014 using "
+                               "\u2325 scheme"));
+    EXPECT_EQ(logs.back(), "hotkeys: 6 modes, scheme=fn, hotkey, autopaste=true");
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error Fn dictation needs Accessibility \u2014 using "
+                                        "\u2325 keys until you grant it"));
+    EXPECT_TRUE(app->isWatchingForAccessibility());
+    EXPECT_TRUE(keyboards.back()->holds(KeySyms::digit(1), DesktopKeyboard::Modifiers::alt));
+
+    // The Alt scheme works meanwhile.
+    key(KeyEvent::Kind::keyDown, KeySyms::digit(1));
+    EXPECT_TRUE(app->isCapturing());
+    app->cancelCapture();
+
+    queue.advance(9.0);
+    inputControl = true;
+    queue.advance(1.0);
+    EXPECT_THAT(logs, Contains("Accessibility granted \u2014 switching to Fn scheme"));
+    EXPECT_EQ(logs.back(), "hotkeys: 6 modes, scheme=fn, fn-tap, autopaste=true");
+    EXPECT_FALSE(app->isWatchingForAccessibility());
+    EXPECT_TRUE(keyboards.back()->watchingTalkKey);
+    EXPECT_EQ(keyboards.size(), 3u);  // the talk key's, the Alt keys', the talk key's again
+}
+
+TEST_F(AppDelegateTest, TheWatcherGivesUpAfterAMinute) {
+    inputControl = false;
+    launch();
+    queue.advance(59.0);
+    EXPECT_TRUE(app->isWatchingForAccessibility());
+    queue.advance(1.0);
+    EXPECT_FALSE(app->isWatchingForAccessibility());
+    inputControl = true;
+    queue.advance(10.0);
+    EXPECT_EQ(logs.back(), "hotkeys: 6 modes, scheme=fn, hotkey, autopaste=true");
+}
+
+TEST_F(AppDelegateTest, NoKeysAtAllIsReported) {
+    keyboardsOpen = false;
+    launch();
+    EXPECT_EQ(logs.back(), "hotkeys: 6 modes, scheme=fn, FAILED, autopaste=true");
+    EXPECT_THAT(hudCalls(), Contains("hud error hotkey registration failed"));
+}
+
+TEST_F(AppDelegateTest, SettingsSavedDuringACaptureSwapTheKeysAndTheCaptureStillFinishes) {
+    launch();
+    talkKey(KeyEvent::Kind::talkKeyDown);
+    queue.advance(1.0);
+    ASSERT_TRUE(app->isCapturing());
+    recorder->recording = tone(1.0);
+
+    writeSettings({{"hotkey", "option"}});
+    app->runtime()->reload();
+    notifications.post(weftSettingsChanged);
+    queue.runPending();
+    EXPECT_EQ(logs.back(), "hotkeys: 6 modes, scheme=option, hotkey, autopaste=true");
+    EXPECT_TRUE(app->hotkey()->isCapturing());
+    EXPECT_TRUE(keyboards.back()->holds(KeySyms::escape, DesktopKeyboard::Modifiers::none))
+        << "a capture that goes on keeps its cancel key";
+
+    key(KeyEvent::Kind::keyDown, KeySyms::digit(1));  // any slot key ends the capture
+    EXPECT_FALSE(app->isCapturing());
+    awaitPipeline();
+    EXPECT_EQ(keys->posted.size(), 1u);
+}
+
+}  // namespace
+}  // namespace tevra
