@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <cstdio>
+#include <cstdlib>
+#include <string_view>
 
 #include "app/qt/settings_file_watcher.h"
 #include "app/qt/tray_status_item.h"
@@ -26,6 +28,12 @@ namespace {
 constexpr const char* kNoSpeechKey =
     "no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep one in the keyring "
     "(see the README)";
+
+// Until Tevra speaks Wayland's own protocols, its keys and its paste go
+// through XWayland.
+constexpr const char* kWaylandSession =
+    "Wayland session: the talk key and the paste work in X11 (XWayland) windows only; in native "
+    "Wayland windows the keys are not seen and dictated text stays on the clipboard";
 
 // Dictations that overlap: one still being transcribed while the next is
 // recorded, and perhaps a third.
@@ -103,6 +111,14 @@ void TevraApplication::greet() const {
                     *name == "fn-tap" ? runtime.settings().talkKey.c_str() : "Alt+1", log.c_str());
     }
     std::fflush(stdout);
+    for (const std::string& notice : delegate_->hotkeyNotices()) {
+        std::fprintf(stderr, "tevra: %s.\n", notice.c_str());
+    }
+    if (const char* session = std::getenv("XDG_SESSION_TYPE");
+        (session && std::string_view(session) == "wayland") || std::getenv("WAYLAND_DISPLAY")) {
+        Log::write(kWaylandSession);
+        std::fprintf(stderr, "tevra: %s.\n", kWaylandSession);
+    }
     if (!runtime.hasCloudSTT()) {
         Log::write(kNoSpeechKey);
         std::fprintf(stderr, "tevra: %s.\n", kNoSpeechKey);
