@@ -11,6 +11,7 @@
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
 #include "capture/linux/pulse_microphone_access.h"
+#include "capture/linux/x11_clipboard_reader.h"
 #include "capture/linux/x11_focus_probe.h"
 #include "capture/linux/x11_key_injector.h"
 #include "capture/linux/x11_secure_input.h"
@@ -50,7 +51,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
       tray_(std::make_shared<TrayStatusItem>([] { QCoreApplication::quit(); })),
       work_(std::make_shared<WorkPool>(kPipelineThreads)) {
     auto focus = std::make_shared<AtspiFocus>();
-    auto keys = std::make_shared<X11KeyInjector>(x_);
+    auto keys = std::make_shared<X11KeyInjector>(x_, syntheticKeys_);
     auto secure = std::make_shared<X11SecureInput>(x_, focus,
                                                    [grabs = ownGrabs_] { return grabs->active(); });
 
@@ -59,8 +60,8 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.notifications = &notifications_;
     services.hud = HUDController::create(queue_);
     services.recorder = std::make_shared<MicrophoneRecorder>(queue_, PulseAudioInput::factory());
-    services.inserter =
-        std::make_shared<TextInserter>(queue_, std::make_shared<QtClipboard>(), keys, secure);
+    auto clipboard = std::make_shared<QtClipboard>(std::make_shared<X11ClipboardReader>(queue_));
+    services.inserter = std::make_shared<TextInserter>(queue_, clipboard, keys, secure);
     services.contextReader =
         std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
     chime_ = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
@@ -139,7 +140,8 @@ std::string TevraApplication::talkKey() const {
 }
 
 std::unique_ptr<DesktopKeyboard> TevraApplication::makeKeyboard() {
-    return std::make_unique<XKeyboard>(queue_, talkKey(), writeLog, std::string(), ownGrabs_);
+    return std::make_unique<XKeyboard>(queue_, talkKey(), writeLog, std::string(), ownGrabs_,
+                                       syntheticKeys_);
 }
 
 bool TevraApplication::inputControlAvailable() {
