@@ -112,6 +112,9 @@ void TevraApplication::greet() const {
                     *name == "fn-tap" ? runtime.settings().talkKey.c_str() : "Alt+1", log.c_str());
     }
     std::fflush(stdout);
+    if (const auto& notice = runtime.storeNotice()) {
+        std::fprintf(stderr, "tevra: %s.\n", notice->c_str());
+    }
     for (const std::string& notice : delegate_->hotkeyNotices()) {
         std::fprintf(stderr, "tevra: %s.\n", notice.c_str());
     }

@@ -44,8 +44,10 @@ public:
 
     // Creates the parent directory, opens or creates the file, brings the
     // schema up to date and makes the file and its WAL companions owner-only.
-    // Throws StoreOpenError when the file cannot be opened or is not a
-    // database, and the file-system error when the directory cannot be made.
+    // Throws StoreDamagedError when what is there is not a database or its
+    // tables cannot be brought up to date, StoreOpenError when the file cannot
+    // be opened now (a directory, no permission, busy), and the file-system
+    // error when the directory cannot be made.
     explicit HistoryStore(const std::string& dbPath, WallClock wallClock = {});
     ~HistoryStore() override;
     HistoryStore(const HistoryStore&) = delete;

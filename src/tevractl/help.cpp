@@ -35,17 +35,24 @@ std::string helpFor(const std::string& command) {
          "usage: tevractl translate TEXT [--to CODE]\n"
          "\n"
          "Translates TEXT into the language CODE (default: the translateTarget setting)\n"
-         "and prints the translation.\n"},
+         "and prints the translation. A TEXT that begins with a dash is taken as it is\n"
+         "(\"-5 °C today\"); after -- anything is TEXT, even --to.\n"},
         {"history",
          "usage: tevractl history [--limit N] [--json]\n"
          "\n"
          "Prints the latest N dictations (default 20), newest first; with --json, one\n"
-         "JSON array.\n"},
+         "JSON array.\n"
+         "\n"
+         "exit status: 0 done (an empty history too), 1 the history database could not be\n"
+         "opened, 2 a wrong command line\n"},
         {"stats",
          "usage: tevractl stats [--json]\n"
          "\n"
          "Prints the insights: words, dictations, speaking speed, fixes, latency, time\n"
-         "saved, the day streaks and the applications used most; with --json, one object.\n"},
+         "saved, the day streaks and the applications used most; with --json, one object.\n"
+         "\n"
+         "exit status: 0 done, 1 the history database could not be opened, 2 a wrong\n"
+         "command line\n"},
         {"keys",
          "usage: tevractl keys\n"
          "\n"

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <map>
 
+#include "base/log.h"
 #include "core/linux/libsecret_store.h"
 #include "core/weft_runtime.h"
 #include "core/weft_settings.h"
@@ -27,13 +28,17 @@ int main(int argc, char** argv) {
         return 2;
     }
     const ctl::Args args(all.begin() + 1, all.end());
-    for (const auto& a : args) {
-        if (a == "--help" || a == "-h") {
-            std::cout << ctl::helpFor(all[0]);
-            return 0;
-        }
+    if (ctl::wantsHelp(args)) {
+        std::cout << ctl::helpFor(all[0]);
+        return 0;
     }
     WeftRuntime runtime(WeftSettings::defaultDir(), /*fetchKeys=*/true,
                         std::make_shared<LibsecretStore>());
+    if (const auto& notice = runtime.storeNotice()) {
+        // The log keeps it for later; the terminal says it now.
+        Log::write(*notice);
+        Log::flush();
+        std::cerr << "tevractl: " << *notice << ".\n";
+    }
     return it->second(runtime, args, std::cout, std::cerr);
 }
