@@ -158,6 +158,13 @@ std::optional<std::string> tailText(AtspiAccessible* element, int codePoints) {
     return out;
 }
 
+// The application's name on the accessibility bus, known without asking it:
+// an object carries it from the event or the reply that named it.
+std::string busName(AtspiAccessible* element) {
+    const AtspiObject* object = ATSPI_OBJECT(element);
+    return object && object->app && object->app->bus_name ? object->app->bus_name : "";
+}
+
 bool isPasswordField(AtspiAccessible* element) {
     GError* error = nullptr;
     const AtspiRole role = atspi_accessible_get_role(element, &error);
@@ -169,7 +176,7 @@ bool isPasswordField(AtspiAccessible* element) {
 // Everything of libatspi lives on the listener's thread, in a main context of
 // its own: the library is not thread-safe, and its events and calls must not
 // run on the program's main loop.
-struct AtspiFocus::Listener : std::enable_shared_from_this<Listener> {
+struct AtspiFocus::Listener {
     GMainContext* context = g_main_context_new();
     GMainLoop* loop = g_main_loop_new(context, FALSE);
     std::thread thread;
@@ -184,13 +191,8 @@ struct AtspiFocus::Listener : std::enable_shared_from_this<Listener> {
 
     // The listener thread's own.
     Ref<AtspiAccessible> focus;
-    Ref<AtspiAccessible> focusApplication;
+    std::string focusBusName;
     AtspiEventListener* events = nullptr;
-
-    ~Listener() {
-        g_main_loop_unref(loop);
-        g_main_context_unref(context);
-    }
 
     void run() {
         g_main_context_push_thread_default(context);
@@ -221,14 +223,12 @@ struct AtspiFocus::Listener : std::enable_shared_from_this<Listener> {
             g_object_unref(events);
         }
         focus.reset();
-        focusApplication.reset();
         g_main_context_pop_thread_default(context);
     }
 
     void setFocus(Ref<AtspiAccessible> element) {
         const bool password = element && isPasswordField(element.get());
-        focusApplication.reset(element ? atspi_accessible_get_application(element.get(), nullptr)
-                                       : nullptr);
+        focusBusName = element ? busName(element.get()) : "";
         focus = std::move(element);
         std::lock_guard lock(mutex);
         hasFocus = focus != nullptr;
@@ -248,8 +248,7 @@ struct AtspiFocus::Listener : std::enable_shared_from_this<Listener> {
         } else if (type.starts_with("window:deactivate") && source && self->focus) {
             // The window's application lost the focus to a window that may
             // publish nothing (a terminal without accessibility).
-            Ref<AtspiAccessible> application(atspi_accessible_get_application(source, nullptr));
-            if (application.get() == self->focusApplication.get()) {
+            if (busName(source) == self->focusBusName) {
                 self->setFocus(Ref<AtspiAccessible>());
             }
         }
@@ -270,23 +269,21 @@ struct AtspiFocus::Listener : std::enable_shared_from_this<Listener> {
     }
 };
 
-AtspiFocus::AtspiFocus() : listener_(std::make_shared<Listener>()) {
-    listener_->thread = std::thread([listener = listener_] { listener->run(); });
+// Never destroyed: its thread may be inside the library when the process
+// ends, and the library's own state lives as long.
+AtspiFocus::Listener* AtspiFocus::processListener() {
+    static AtspiFocus::Listener* const listener = [] {
+        auto* made = new AtspiFocus::Listener();
+        made->thread = std::thread([made] { made->run(); });
+        made->thread.detach();
+        return made;
+    }();
+    return listener;
 }
 
-AtspiFocus::~AtspiFocus() {
-    g_main_context_invoke(
-        listener_->context,
-        [](gpointer loop) -> gboolean {
-            g_main_loop_quit(static_cast<GMainLoop*>(loop));
-            return G_SOURCE_REMOVE;
-        },
-        listener_->loop);
-    // A loop that never ran (no bus) has nothing to quit.
-    if (listener_->thread.joinable()) {
-        listener_->thread.join();
-    }
-}
+AtspiFocus::AtspiFocus() : listener_(processListener()) {}
+
+AtspiFocus::~AtspiFocus() = default;
 
 bool AtspiFocus::waitUntilListening(int timeoutMs) {
     std::unique_lock lock(listener_->mutex);
@@ -307,7 +304,7 @@ std::optional<AtspiFocus::Element> AtspiFocus::focused(bool withText) {
     // answer in time leaves the text unknown, and the answer, when it comes,
     // to nobody.
     struct Request {
-        std::shared_ptr<Listener> listener;
+        Listener* listener;
         std::promise<std::optional<Element>> answer;
     };
     auto* request = new Request{listener_, {}};

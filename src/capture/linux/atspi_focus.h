@@ -22,8 +22,10 @@ public:
         std::optional<std::string> text;
     };
 
-    // Starts the listening thread; at first it asks the bus once which
-    // element has the focus now.
+    // The first one starts the listening thread, which serves every
+    // AtspiFocus of the process until it ends (the accessibility library is
+    // one per process); at first it asks the bus once which element has the
+    // focus now.
     AtspiFocus();
     ~AtspiFocus();
     AtspiFocus(const AtspiFocus&) = delete;
@@ -44,7 +46,8 @@ public:
 
 private:
     struct Listener;
-    std::shared_ptr<Listener> listener_;
+    static Listener* processListener();
+    Listener* listener_;
 };
 
 }  // namespace tevra
