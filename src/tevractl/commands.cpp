@@ -16,20 +16,9 @@
 #include "store/insights_format.h"
 #include "stt/wav.h"
 #include "stt/wav_reader.h"
+#include "tevractl/options.h"
 
 namespace tevra::ctl {
-namespace {
-
-struct UsageError {
-    std::string message;
-};
-
-// Options of the form --name VALUE or --flag, and the positional rest.
-struct Parsed {
-    std::vector<std::string> positional;
-    std::map<std::string, std::string> values;
-    std::set<std::string> flags;
-};
 
 Parsed parse(const Args& args, const std::set<std::string>& valueOptions,
              const std::set<std::string>& flagOptions) {
@@ -87,6 +76,8 @@ std::optional<std::string> readFile(const std::string& path) {
     bytes << in.rdbuf();
     return bytes.str();
 }
+
+namespace {
 
 // The enabled voice in a slot: from the store, or the built-in table without one.
 std::optional<Mode> voiceFor(const WeftRuntime& runtime, int64_t slot) {
