@@ -11,6 +11,7 @@
 #include "store/session_json.h"
 #include "stt/wav.h"
 #include "support/loopback_server.h"
+#include "support/speech_samples.h"
 #include "support/subprocess.h"
 #include "support/temp_dir.h"
 
@@ -73,14 +74,30 @@ protected:
         return testing::runProcess(args, env);
     }
 
+    std::string writeWav(const std::string& name, const std::vector<int16_t>& samples, int rate) {
+        std::ofstream(home / name, std::ios::binary) << std::string_view(WAV::data(samples, rate));
+        return (home / name).string();
+    }
+
+    // A sentence said five times, then silence up to the given length.
+    std::string writeSpeech(const std::string& name, const std::string& sentence, int rate,
+                            int seconds) {
+        const auto said = testing::spokenSamples(sentence, rate, 1);
+        std::vector<int16_t> samples;
+        for (int i = 0; i < 5; ++i) {
+            samples.insert(samples.end(), said.begin(), said.end());
+        }
+        samples.resize(static_cast<size_t>(rate) * seconds);
+        return writeWav(name, samples, rate);
+    }
+
     // seconds of loud square wave, then seconds of silence, at a rate.
     std::string writeWav(const std::string& name, int rate, int loud, int quiet) {
         std::vector<int16_t> samples(static_cast<size_t>(rate) * (loud + quiet));
         for (size_t i = 0; i < static_cast<size_t>(rate) * loud; ++i) {
             samples[i] = static_cast<int16_t>(i % 40 < 20 ? 2500 : -2500);
         }
-        std::ofstream(home / name, std::ios::binary) << std::string_view(WAV::data(samples, rate));
-        return (home / name).string();
+        return writeWav(name, samples, rate);
     }
 
     testing::TempDir home;
@@ -90,9 +107,11 @@ protected:
 };
 
 TEST_F(NotesCommand, TwoRecordingsBecomeASessionThatIsShownListedAndDeleted) {
-    const auto processed = tevractl({"process", "--mic", writeWav("me.wav", 48000, 20, 30),
-                                     "--system", writeWav("them.wav", 16000, 10, 0), "--app",
-                                     "Zoom", "--started", "2026-07-05T14:03:00+02:00"});
+    // Speech in the microphone's first window only, and in the other side's one window.
+    const auto processed =
+        tevractl({"process", "--mic", writeSpeech("me.wav", "I will send the report", 48000, 50),
+                  "--system", writeSpeech("them.wav", "Thanks, talk soon", 22050, 10), "--app",
+                  "Zoom", "--started", "2026-07-05T14:03:00+02:00"});
     ASSERT_EQ(processed.exitCode, 0) << processed.err;
     EXPECT_EQ(heard, 2) << "the silent second window of the microphone is not sent";
     EXPECT_EQ(processed.err, "");
