@@ -20,28 +20,11 @@ TEST(AudioChunker, WindowsDoNotOverlapAndTheLastIsWhatIsLeft) {
     EXPECT_EQ(windows[1].samples.data(), minute.data() + 25 * 16000) << "a view, not a copy";
 
     const std::vector<int16_t> three(3);
-    const struct {
-        int64_t rate;
-        double offset;
-        double window;
-        size_t count;
-        double lastStart;
-    } cases[] = {
-        {16000, 2.5, 25, 1, 2.5},  // one sample: one window at the offset
-        {1, 0, 0, 3, 2},           // a window of 0 s: one sample each
-        {2, 10, 0.5, 3, 11},       // a window of 1 sample counts as 1
-        {2, 0, 1, 2, 1},           // 2 samples a window
-        {0, 0, 25, 0, 0},          // no rate, no windows
-    };
-    for (const auto& c : cases) {
-        const auto result =
-            AudioChunker::chunks(c.rate == 16000 ? std::span(three).first(1) : std::span(three),
-                                 c.rate, c.offset, c.window);
-        ASSERT_EQ(result.size(), c.count) << c.rate << " " << c.window;
-        if (c.count > 0) {
-            EXPECT_EQ(result.back().startTs, c.lastStart);
-        }
-    }
+    const auto one = AudioChunker::chunks(std::span(three).first(1), 16000, 2.5);
+    EXPECT_EQ(one.at(0).startTs, 2.5);
+    EXPECT_EQ(one.at(0).samples.size(), 1u);
+    EXPECT_EQ(AudioChunker::chunks(three, 16000, 0, 0).size(), 3u) << "0 s: a sample each";
+    EXPECT_TRUE(AudioChunker::chunks(three, 0).empty());
     EXPECT_TRUE(AudioChunker::chunks({}, 16000).empty());
 }
 

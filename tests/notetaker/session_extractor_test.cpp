@@ -4,91 +4,43 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <mutex>
-#include <nlohmann/json.hpp>
-
 #include "notetaker/capture_prompt.h"
 #include "polish/llm_polisher.h"
-#include "support/loopback_server.h"
+#include "support/loopback_services.h"
 
 namespace tevra {
 namespace {
-
-using nlohmann::json;
 
 constexpr double kNow = 1783252980;  // Sunday, 5 July 2026
 const std::string kTranscript = "Me: I'll call the bank.\nThem: Send me the Q3 report.";
 
 class ExtractionOverTheWire : public ::testing::Test {
 protected:
-    struct Answer {
-        int status = 200;
-        std::string content;
-    };
-
-    void SetUp() override {
-        server_.server().Post(R"(/(\w+)/v1/chat/completions)", [this](const httplib::Request& req,
-                                                                      httplib::Response& res) {
-            std::lock_guard lock(mutex_);
-            const std::string service = req.matches[1];
-            asked_.push_back({service, json::parse(req.body)});
-            res.status = answers_[service].status;
-            res.set_content(
-                json{{"choices", {{{"message", {{"content", answers_[service].content}}}}}}}.dump(),
-                "application/json");
-        });
-        server_.start();
-    }
-
-    void answer(const std::string& service, Answer a) {
-        std::lock_guard lock(mutex_);
-        answers_[service] = std::move(a);
-    }
-    std::vector<std::pair<std::string, json>> asked() {
-        std::lock_guard lock(mutex_);
-        return asked_;
-    }
-
-    SessionExtractor extractor(std::vector<std::string> services = {"first", "second"}) {
+    SessionExtractor extractor(std::vector<std::string> names = {"first", "second"}) {
         std::vector<std::shared_ptr<const PolishBackend>> polishers;
-        for (const auto& service : services) {
-            polishers.push_back(std::make_shared<LLMPolisher>(
-                service, server_.baseURL() + "/" + service + "/v1", "sk", "llm"));
+        for (const auto& name : names) {
+            polishers.push_back(std::make_shared<LLMPolisher>(name, services.root(name), "k", "m"));
         }
         return SessionExtractor(std::move(polishers));
     }
 
     // The items of one reply from the first service, or the failure's text.
     std::variant<std::vector<CaptureItem>, std::string> extract(const std::string& reply) {
-        answer("first", {200, reply});
+        services.chat("first", 200, reply);
         try {
             return extractor().extract(kTranscript, kNow);
         } catch (const ExtractionFailed& e) {
             return e.description();
         }
     }
+    std::string lastAsked() { return services.chatRequests().back().name; }
 
-private:
-    testing::LoopbackServer server_;
-    std::mutex mutex_;
-    std::map<std::string, Answer> answers_;
-    std::vector<std::pair<std::string, json>> asked_;
+    testing::LoopbackServices services;
 };
-
-TEST_F(ExtractionOverTheWire, TheModelIsAskedAtTemperatureZeroWithTheTranscriptAsItStands) {
-    answer("first", {200, R"({"items":[]})"});
-    EXPECT_TRUE(extractor().extract(kTranscript, kNow).empty());
-    const auto sent = asked();
-    ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].second["temperature"], 0.0);
-    EXPECT_EQ(sent[0].second["messages"][0]["content"], CapturePrompt::system(kNow));
-    EXPECT_EQ(sent[0].second["messages"][1]["content"], kTranscript);
-}
 
 TEST_F(ExtractionOverTheWire, AnyStructuredReplyEndsTheSearchAndProseHandsOver) {
     const std::string note = R"({"kind":"note","title":"Anna moves in May"})";
-    answer("second", {200, "[" + note + "," + note + "]"});
+    services.chat("second", 200, "[" + note + "," + note + "]");
     const struct {
         std::string reply;
         size_t items;  // or, with SIZE_MAX, the second service's answer
@@ -110,7 +62,7 @@ TEST_F(ExtractionOverTheWire, AnyStructuredReplyEndsTheSearchAndProseHandsOver) 
         ASSERT_TRUE(std::holds_alternative<std::vector<CaptureItem>>(result)) << c.reply;
         const auto& items = std::get<std::vector<CaptureItem>>(result);
         EXPECT_EQ(items.size(), c.items == SIZE_MAX ? 1u : c.items) << c.reply;
-        const bool handedOver = asked().back().first == "second";
+        const bool handedOver = lastAsked() == "second";
         EXPECT_EQ(handedOver, c.items == SIZE_MAX) << c.reply;
     }
 }
@@ -208,9 +160,14 @@ TEST_F(ExtractionOverTheWire, RepeatsMergeIntoTheFirstSeenWithoutMixingKinds) {
 }
 
 TEST_F(ExtractionOverTheWire, WhenEveryBackendFailsTheLastReasonIsKept) {
-    answer("second", {200, "Sorry, I can't help with that."});
+    services.chat("second", 200, "Sorry, I can't help with that.");
     EXPECT_EQ(std::get<std::string>(extract("")), "extraction failed: non-JSON reply from second");
-    answer("second", {500, ""});
+    const auto asked = services.chatRequests().back();
+    EXPECT_EQ(asked.body["temperature"], 0.0);
+    EXPECT_EQ(asked.message(0), CapturePrompt::system(kNow));
+    EXPECT_EQ(asked.message(1), kTranscript);
+
+    services.chat("second", 500, "");
     EXPECT_EQ(std::get<std::string>(extract("no JSON here")), "extraction failed: HTTP 500");
     try {
         SessionExtractor({}).extract(kTranscript, kNow);

@@ -10,7 +10,7 @@
 
 #include "store/session_json.h"
 #include "stt/wav.h"
-#include "support/loopback_server.h"
+#include "support/loopback_services.h"
 #include "support/speech_samples.h"
 #include "support/subprocess.h"
 #include "support/temp_dir.h"
@@ -37,24 +37,15 @@ std::string steady(const std::string& text) {
 class NotesCommand : public ::testing::Test {
 protected:
     void SetUp() override {
-        service.server().Post("/v1/audio/transcriptions",
-                              [this](const httplib::Request&, httplib::Response& res) {
-                                  const int n = heard++;
-                                  res.set_content(n == 0 ? R"({"text":"I will send the report"})"
-                                                         : R"({"text":"Thanks, talk soon"})",
-                                                  "application/json");
-                              });
-        service.server().Post(
-            "/v1/chat/completions", [this](const httplib::Request&, httplib::Response& res) {
-                res.status = chatStatus;
-                res.set_content(
-                    nlohmann::json{{"choices", {{{"message", {{"content", kItems}}}}}}}.dump(),
-                    "application/json");
-            });
-        service.start();
+        services.speech([this](std::string_view) {
+            return testing::LoopbackServices::Reply{
+                200, heard++ == 0 ? R"({"text":"I will send the report"})"
+                                  : R"({"text":"Thanks, talk soon"})"};
+        });
+        services.chat("relay", 200, kItems);
         std::filesystem::create_directories(dataDir());
         std::ofstream(dataDir() / "settings.json")
-            << nlohmann::json{{"proxyBaseURL", service.baseURL() + "/v1"}}.dump();
+            << nlohmann::json{{"proxyBaseURL", services.root("relay")}}.dump();
     }
 
     std::filesystem::path dataDir() const { return home / "data" / "Tevra"; }
@@ -66,17 +57,12 @@ protected:
             {"HOME", home.path().string()},
             {"TEVRA_PROXY_TOKEN", "relay-token"},
             {"TZ", "Europe/Warsaw"},
-            {"LC_ALL", "en_GB.UTF-8"}};
-        for (const char* name :
-             {"GROQ_API_KEY", "OPENAI_API_KEY", "DEEPINFRA_API_KEY", "FIREWORKS_API_KEY"}) {
-            env.emplace(name, std::nullopt);
-        }
+            {"LC_ALL", "en_GB.UTF-8"},
+            {"GROQ_API_KEY", std::nullopt},
+            {"OPENAI_API_KEY", std::nullopt},
+            {"DEEPINFRA_API_KEY", std::nullopt},
+            {"FIREWORKS_API_KEY", std::nullopt}};
         return testing::runProcess(args, env);
-    }
-
-    std::string writeWav(const std::string& name, const std::vector<int16_t>& samples, int rate) {
-        std::ofstream(home / name, std::ios::binary) << std::string_view(WAV::data(samples, rate));
-        return (home / name).string();
     }
 
     // A sentence said five times, then silence up to the given length.
@@ -88,22 +74,13 @@ protected:
             samples.insert(samples.end(), said.begin(), said.end());
         }
         samples.resize(static_cast<size_t>(rate) * seconds);
-        return writeWav(name, samples, rate);
-    }
-
-    // seconds of loud square wave, then seconds of silence, at a rate.
-    std::string writeWav(const std::string& name, int rate, int loud, int quiet) {
-        std::vector<int16_t> samples(static_cast<size_t>(rate) * (loud + quiet));
-        for (size_t i = 0; i < static_cast<size_t>(rate) * loud; ++i) {
-            samples[i] = static_cast<int16_t>(i % 40 < 20 ? 2500 : -2500);
-        }
-        return writeWav(name, samples, rate);
+        std::ofstream(home / name, std::ios::binary) << std::string_view(WAV::data(samples, rate));
+        return (home / name).string();
     }
 
     testing::TempDir home;
-    testing::LoopbackServer service;
+    testing::LoopbackServices services;
     std::atomic<int> heard{0};
-    std::atomic<int> chatStatus{200};
 };
 
 TEST_F(NotesCommand, TwoRecordingsBecomeASessionThatIsShownListedAndDeleted) {
@@ -154,8 +131,8 @@ TEST_F(NotesCommand, TwoRecordingsBecomeASessionThatIsShownListedAndDeleted) {
 }
 
 TEST_F(NotesCommand, FailuresAreToldAndWrongInputIsRefused) {
-    chatStatus = 500;
-    const auto unjudged = tevractl({"process", "--mic", writeWav("me.wav", 16000, 5, 0)});
+    services.chat("relay", 500, "");
+    const auto unjudged = tevractl({"process", "--mic", writeSpeech("me.wav", "Hello", 16000, 5)});
     EXPECT_EQ(unjudged.exitCode, 1);
     EXPECT_EQ(unjudged.err, "extraction failed: HTTP 500\n");
     EXPECT_THAT(unjudged.out, HasSubstr("No tasks or notes were extracted from this session."));
@@ -167,8 +144,8 @@ TEST_F(NotesCommand, FailuresAreToldAndWrongInputIsRefused) {
     EXPECT_EQ(notWav.exitCode, 2);
     EXPECT_THAT(notWav.err, HasSubstr("not a WAV file"));
     const std::vector<std::string> wrong[] = {
-        {"process", "--system", writeWav("them.wav", 16000, 1, 0)},
-        {"process", "--mic", writeWav("me.wav", 16000, 1, 0), "--started", "yesterday"},
+        {"process", "--system", (home / "me.wav").string()},
+        {"process", "--mic", (home / "me.wav").string(), "--started", "yesterday"},
         {"show", "first"},
         {"show", "1", "--json", "--transcript"},
         {"list", "--limit", "-3"},
