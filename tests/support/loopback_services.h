@@ -24,7 +24,7 @@ public:
     };
     using SpeechAnswer = std::function<Reply(std::string_view wav)>;
 
-    LoopbackServices();  // running; speech answers 500 until told otherwise
+    LoopbackServices();                      // running; speech answers 500 until told otherwise
     ~LoopbackServices() { server_.stop(); }  // before the handlers' state goes
 
     std::string root(const std::string& name) const {
