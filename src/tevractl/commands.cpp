@@ -17,13 +17,10 @@
 #include "tevractl/options.h"
 
 namespace tevra::ctl {
-namespace {
 
-// The same error and status in every output form, so that a script can tell a
-// missing history from an empty one.
-int noDatabase(const std::string& command, std::ostream& err) {
-    err << "tevractl " << command << ": the history database could not be opened\n";
-    return 1;
+int usage(const std::string& command, const std::string& message, std::ostream& err) {
+    err << "tevractl " << command << ": " << message << "\n\n" << helpFor(command);
+    return 2;
 }
 
 std::optional<std::string> readFile(const std::string& path) {
@@ -34,6 +31,15 @@ std::optional<std::string> readFile(const std::string& path) {
     std::ostringstream bytes;
     bytes << in.rdbuf();
     return bytes.str();
+}
+
+namespace {
+
+// The same error and status in every output form, so that a script can tell a
+// missing history from an empty one.
+int noDatabase(const std::string& command, std::ostream& err) {
+    err << "tevractl " << command << ": the history database could not be opened\n";
+    return 1;
 }
 
 // The enabled voice in a slot: from the store, or the built-in table without one.

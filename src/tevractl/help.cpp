@@ -16,6 +16,7 @@ const char* const kUsage =
     "  history [--limit N] [--json]     the latest dictations\n"
     "  stats [--json]                   words, speed, streaks and the applications used\n"
     "  keys                             which service keys are present\n"
+    "  notes process|list|show|delete   sessions of the notetaker, from recordings\n"
     "\n"
     "Run `tevractl COMMAND --help` for one command.\n";
 
@@ -57,6 +58,28 @@ std::string helpFor(const std::string& command) {
          "usage: tevractl keys\n"
          "\n"
          "Prints which service keys were found, in the environment or the keyring.\n"},
+        {"notes",
+         "usage: tevractl notes process --mic ME.wav [--system THEM.wav] [--app NAME]\n"
+         "                              [--started ISO-8601] [--json]\n"
+         "       tevractl notes list [--limit N] [--json]\n"
+         "       tevractl notes show ID [--json | --transcript]\n"
+         "       tevractl notes delete ID\n"
+         "\n"
+         "process turns the two sides of a call, your microphone and the other party\n"
+         "(16-bit PCM WAV files, any sample rate, the first channel), into a saved session\n"
+         "exactly as Tevra does after a call: a speaker-labelled transcript, then the\n"
+         "tasks, events and notes a language model finds in it. It prints the session and\n"
+         "its id; --json prints the session's complete JSON form. --app names the call's\n"
+         "application (default \"Notes\"); --started is when the call began (default: it\n"
+         "ended just now), as 2026-07-05T14:03:00+02:00, or without the offset for local\n"
+         "time. A part that fails is said on stderr and the session is saved without it.\n"
+         "\n"
+         "list prints the latest N sessions (default 50), newest first, one per line: id,\n"
+         "title, when, how long, what it holds. show prints one session; --transcript\n"
+         "prints exactly what \"Copy transcript\" copies. delete removes one.\n"
+         "\n"
+         "exit status: 0 done, 1 the work failed (no database, no such session, or a part\n"
+         "of process failed), 2 a wrong command line or a file that is not such a WAV\n"},
     };
     const auto it = help.find(command);
     return it == help.end() ? std::string() : it->second;

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -38,5 +40,11 @@ int64_t parseNumber(const std::string& option, const std::string& text);
 
 // True when --help or -h comes before any "--".
 bool wantsHelp(const Args& args);
+
+// Prints "tevractl COMMAND: message" and the command's help; returns 2.
+int usage(const std::string& command, const std::string& message, std::ostream& err);
+
+// A file's bytes; nothing when it cannot be read.
+std::optional<std::string> readFile(const std::string& path);
 
 }  // namespace tevra::ctl
