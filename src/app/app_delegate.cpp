@@ -94,14 +94,12 @@ void AppDelegate::wireHotkeyCallbacks(HotkeyBackend& backend) {
         return self && self->recording_;
     };
     backend.onCancel = action(&AppDelegate::cancelCapture);
-    // The select tool, translation of text and the clipboard queue are not
-    // part of this program yet: their keys do nothing.
-    backend.onSelectTool = [] {};
-    backend.onTranslateSelection = [] {};
-    backend.onTranslateClipboard = [] {};
-    backend.onClipStack = [] {};
-    backend.onClipPaste = [] {};
-    backend.onClipMode = [] {};
+    backend.onSelectTool = action(&AppDelegate::selectTool);
+    backend.onTranslateSelection = action(&AppDelegate::translateSelection);
+    backend.onTranslateClipboard = action(&AppDelegate::translateClipboardAction);
+    backend.onClipStack = action(&AppDelegate::clipStackAdd);
+    backend.onClipPaste = action(&AppDelegate::clipPaste);
+    backend.onClipMode = action(&AppDelegate::clipMode);
     backend.onDictateTranslateStart = action(&AppDelegate::startDictateTranslate);
     backend.onDictateTranslateFinish = action(&AppDelegate::finishCapture);
 }
@@ -142,6 +140,7 @@ void AppDelegate::startDictateTranslate() {
 
 void AppDelegate::beginRecording(const std::string&, const std::string&) {
     recording_ = true;
+    captureStateMayHaveChanged();
     recordingStarted_ = queue_.now();
     const std::uint64_t capture = ++captureNumber_;
     if (hotkey_) {
@@ -225,6 +224,7 @@ void AppDelegate::cancelCapture() {
 
 void AppDelegate::endCaptureState() {
     recording_ = false;
+    captureStateMayHaveChanged();
     activeMode_.reset();
     translateCapture_ = false;
     if (maxDurationTimer_) {
@@ -240,6 +240,8 @@ void AppDelegate::process(AudioRecorder::Samples samples, std::optional<Mode> mo
     if (!runtime_) {
         std::abort();  // start-up always makes the runtime first
     }
+    ++processing_;
+    captureStateMayHaveChanged();
     auto self = shared_from_this();  // held until the work has ended
     std::shared_ptr<const Pipeline> pipeline = runtime_->pipeline();
     const std::string target = runtime_->settings().translateTarget;
@@ -274,6 +276,8 @@ void AppDelegate::process(AudioRecorder::Samples samples, std::optional<Mode> mo
 }
 
 void AppDelegate::deliver(const Outcome& outcome) {
+    --processing_;
+    captureStateMayHaveChanged();
     if (const auto* success = std::get_if<Outcome::Succeeded>(&outcome.value)) {
         log(success->logLine);
         std::weak_ptr<AppDelegate> weak = weak_from_this();
