@@ -35,7 +35,7 @@ install: build-release
 	@cmake --install build/release --prefix $(PREFIX)
 
 bench: build-release
-	@scripts/run-bench build/release/bench
+	@scripts/test-env scripts/run-bench build/release/bench
 	@scripts/test-env scripts/measure-idle build/release/src/tevra
 
 format:

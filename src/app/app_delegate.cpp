@@ -14,6 +14,7 @@ namespace tevra {
 namespace {
 
 constexpr const char* kSecureInputMessage = "secure input active (password field?)";
+constexpr const char* kCopiedMessage = "copied \u2014 press Ctrl+V";
 
 // A number of seconds as a plain decimal: "0.2", "1.0", "0.123456789".
 std::string plainDecimal(double value) {
@@ -119,10 +120,6 @@ void AppDelegate::startSlot(int slot) {
         runScreenshotMode(*mode);
         return;
     }
-    if (services_.secureInput->isActive()) {
-        hud_->error(kSecureInputMessage);
-        return;
-    }
     activeMode_ = mode;
     translateCapture_ = false;
     beginRecording(hotkeyLabel(*mode), mode->name);
@@ -135,10 +132,6 @@ void AppDelegate::runScreenshotMode(const Mode&) {
 
 void AppDelegate::startDictateTranslate() {
     if (recording_) {
-        return;
-    }
-    if (services_.secureInput->isActive()) {
-        hud_->error(kSecureInputMessage);
         return;
     }
     log("Fn 9 \u2192 dictate\u2192translate (" + runtime_->settings().translateTarget + ")");
@@ -170,6 +163,16 @@ void AppDelegate::beginRecording(const std::string&, const std::string&) {
             self->finishCapture();
         }
     });
+    // The microphone is already opening: asked only now, the password test
+    // cannot delay the first sample. A capture in a password field is
+    // dropped before anything is sent.
+    if (services_.secureInput->isActive()) {
+        recorder_->stop();
+        endCaptureState();
+        hud_->error(kSecureInputMessage);
+        return;
+    }
+    services_.inserter->prepare();
 }
 
 void AppDelegate::microphoneFailed(std::uint64_t capture, std::exception_ptr error) {
@@ -273,8 +276,16 @@ void AppDelegate::process(AudioRecorder::Samples samples, std::optional<Mode> mo
 void AppDelegate::deliver(const Outcome& outcome) {
     if (const auto* success = std::get_if<Outcome::Succeeded>(&outcome.value)) {
         log(success->logLine);
-        if (!services_.inserter->insert(success->result.polished)) {
-            hud_->error("copied \u2014 press \u2318V");
+        std::weak_ptr<AppDelegate> weak = weak_from_this();
+        const bool onItsWay =
+            services_.inserter->insert(success->result.polished, [weak](bool pasted) {
+                if (auto self = weak.lock(); self && !pasted) {
+                    self->log("paste held back: a modifier key stayed down");
+                    self->hud_->error(kCopiedMessage);
+                }
+            });
+        if (!onItsWay) {
+            hud_->error(kCopiedMessage);
         }
         services_.chime->processingFinished();
         return;

@@ -5,7 +5,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "app/status_item.h"
 #include "base/main_queue.h"
@@ -114,6 +116,9 @@ public:
     HotkeyBackend* hotkey() const { return hotkey_.get(); }
     // The running backend's name ("fn-tap", "hotkey"), or none when no key could be taken.
     const std::optional<std::string>& hotkeyName() const { return hotkeyName_; }
+    // What the user should hear of the running hotkeys, one line each: a talk
+    // key that cannot be used, keys another program holds.
+    const std::vector<std::string>& hotkeyNotices() const { return hotkeyNotices_; }
     bool isWatchingForAccessibility() const { return axWatch_.has_value(); }
 
 private:
@@ -130,6 +135,8 @@ private:
     void deliver(const Outcome& outcome);
     void runScreenshotMode(const Mode& mode);
     void checkMicrophone();
+    // One line of hotkeyNotices(), shaken on the HUD the first time it is said.
+    void notice(const std::string& line);
     // Turns the last run's crash into a report and sends it off the main queue.
     void collectCrashReports();
     void offerUpdate(const Appcast& appcast);
@@ -147,6 +154,8 @@ private:
     std::unique_ptr<WeftRuntime> runtime_;
     std::shared_ptr<HotkeyBackend> hotkey_;
     std::optional<std::string> hotkeyName_;
+    std::vector<std::string> hotkeyNotices_;
+    std::set<std::string> noticesShown_;  // each is shaken on the HUD once
     std::optional<TimerHandle> axWatch_;
     bool recording_ = false;
     std::optional<Mode> activeMode_;

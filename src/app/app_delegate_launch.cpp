@@ -99,13 +99,33 @@ void AppDelegate::startHotkeys() {
     wireHotkeyCallbacks(*monitor);
     std::optional<std::string> name = monitor->start();
 
+    hotkeyNotices_.clear();
     if (fnScheme && !name) {
-        log("Fn tap unavailable (Accessibility not granted?) \u2014 using \u2325 scheme");
-        hud_->error("Fn dictation needs Accessibility \u2014 using \u2325 keys until you grant it");
+        const std::string reason = monitor->unavailableReason();
+        if (reason.empty()) {
+            log("Fn tap unavailable (Accessibility not granted?) \u2014 using \u2325 scheme");
+            hud_->error(
+                "Fn dictation needs Accessibility \u2014 using \u2325 keys until you grant it");
+        } else {
+            // Waiting will not make the key appear: the user must pick another.
+            log("Fn tap unavailable (" + reason + ") \u2014 using \u2325 scheme");
+            notice("the talk key cannot be used: " + reason +
+                   "; the Alt keys stand in (hold Alt+1 to dictate), or set talkKey to another "
+                   "key");
+        }
         monitor = makeOptionMonitor(slotCount);
         wireHotkeyCallbacks(*monitor);
         name = monitor->start();
-        watchForAccessibilityGrant();
+        if (reason.empty()) {
+            watchForAccessibilityGrant();
+        }
+    }
+    if (const auto held = monitor->keysHeldElsewhere(); !held.empty()) {
+        std::string keys;
+        for (const std::string& key : held) {
+            keys += (keys.empty() ? "" : ", ") + key;
+        }
+        notice("another program holds " + keys + ", so these keys do not reach Tevra");
     }
     hotkey_ = std::move(monitor);
     hotkeyName_ = name;
@@ -119,6 +139,13 @@ void AppDelegate::startHotkeys() {
         ", autopaste=" + (services_.inserter->canAutoPaste() ? "true" : "false"));
     if (!name) {
         hud_->error("hotkey registration failed");
+    }
+}
+
+void AppDelegate::notice(const std::string& line) {
+    hotkeyNotices_.push_back(line);
+    if (noticesShown_.insert(line).second) {
+        hud_->error(line);
     }
 }
 

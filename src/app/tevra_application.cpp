@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <cstdio>
+#include <cstdlib>
+#include <string_view>
 
 #include "app/qt/settings_file_watcher.h"
 #include "app/qt/tray_status_item.h"
@@ -9,6 +11,7 @@
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
 #include "capture/linux/pulse_microphone_access.h"
+#include "capture/linux/x11_clipboard_reader.h"
 #include "capture/linux/x11_focus_probe.h"
 #include "capture/linux/x11_key_injector.h"
 #include "capture/linux/x11_secure_input.h"
@@ -30,6 +33,12 @@ constexpr const char* kNoSpeechKey =
     "no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep one in the keyring "
     "(see the README)";
 
+// Until Tevra speaks Wayland's own protocols, its keys and its paste go
+// through XWayland.
+constexpr const char* kWaylandSession =
+    "Wayland session: the talk key and the paste work in X11 (XWayland) windows only; in native "
+    "Wayland windows the keys are not seen and dictated text stays on the clipboard";
+
 // Dictations that overlap: one still being transcribed while the next is
 // recorded, and perhaps a third.
 constexpr std::size_t kPipelineThreads = 3;
@@ -45,7 +54,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
       tray_(std::make_shared<TrayStatusItem>([] { QCoreApplication::quit(); })),
       work_(std::make_shared<WorkPool>(kPipelineThreads)) {
     auto focus = std::make_shared<AtspiFocus>();
-    auto keys = std::make_shared<X11KeyInjector>(x_);
+    auto keys = std::make_shared<X11KeyInjector>(x_, syntheticKeys_);
     auto secure = std::make_shared<X11SecureInput>(x_, focus,
                                                    [grabs = ownGrabs_] { return grabs->active(); });
 
@@ -54,8 +63,8 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.notifications = &notifications_;
     services.hud = HUDController::create(queue_);
     services.recorder = std::make_shared<MicrophoneRecorder>(queue_, PulseAudioInput::factory());
-    services.inserter =
-        std::make_shared<TextInserter>(queue_, std::make_shared<QtClipboard>(), keys, secure);
+    auto clipboard = std::make_shared<QtClipboard>(std::make_shared<X11ClipboardReader>(queue_));
+    services.inserter = std::make_shared<TextInserter>(queue_, clipboard, keys, secure);
     services.contextReader =
         std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
     chime_ = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
@@ -119,6 +128,14 @@ void TevraApplication::greet() const {
     if (const auto& notice = runtime.storeNotice()) {
         std::fprintf(stderr, "tevra: %s.\n", notice->c_str());
     }
+    for (const std::string& notice : delegate_->hotkeyNotices()) {
+        std::fprintf(stderr, "tevra: %s.\n", notice.c_str());
+    }
+    if (const char* session = std::getenv("XDG_SESSION_TYPE");
+        (session && std::string_view(session) == "wayland") || std::getenv("WAYLAND_DISPLAY")) {
+        Log::write(kWaylandSession);
+        std::fprintf(stderr, "tevra: %s.\n", kWaylandSession);
+    }
     if (!runtime.hasCloudSTT()) {
         Log::write(kNoSpeechKey);
         std::fprintf(stderr, "tevra: %s.\n", kNoSpeechKey);
@@ -139,7 +156,8 @@ std::string TevraApplication::talkKey() const {
 }
 
 std::unique_ptr<DesktopKeyboard> TevraApplication::makeKeyboard() {
-    return std::make_unique<XKeyboard>(queue_, talkKey(), writeLog, std::string(), ownGrabs_);
+    return std::make_unique<XKeyboard>(queue_, talkKey(), writeLog, std::string(), ownGrabs_,
+                                       syntheticKeys_);
 }
 
 bool TevraApplication::inputControlAvailable() {

@@ -8,6 +8,7 @@
 #include "base/notification_center.h"
 #include "capture/linux/x11_connection.h"
 #include "capture/linux/x_own_grabs.h"
+#include "capture/linux/x_synthetic_keys.h"
 
 namespace tevra {
 
@@ -42,6 +43,7 @@ private:
     NotificationCenter notifications_{queue_};
     std::shared_ptr<X11Connection> x_;
     std::shared_ptr<XOwnGrabs> ownGrabs_ = std::make_shared<XOwnGrabs>();
+    std::shared_ptr<XSyntheticKeys> syntheticKeys_ = std::make_shared<XSyntheticKeys>();
     std::shared_ptr<TrayStatusItem> tray_;
     std::shared_ptr<WorkPool> work_;
     std::shared_ptr<Chime> chime_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,8 +27,15 @@ public:
     virtual ~Clipboard() = default;
 
     // Every item with every format whose data can be read; a format that gives
-    // no data is left out.
+    // no data is left out. The owner of the clipboard is another program, so
+    // this may take as long as it takes that program to answer.
     virtual ClipboardSnapshot snapshot() = 0;
+    // The same, without holding up the caller: done gets the snapshot on the
+    // main queue once it has been read.
+    virtual void snapshotLater(std::function<void(ClipboardSnapshot)> done) { done(snapshot()); }
+    // A paste is coming soon: what the clipboard holds may be read ahead, so
+    // that snapshotLater can answer at once.
+    virtual void prefetch() {}
     // Replaces the whole clipboard by one plain-text item. A transient text is
     // marked so that clipboard managers do not keep it in their history.
     virtual void setText(std::string_view text, bool transient) = 0;

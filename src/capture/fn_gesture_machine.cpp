@@ -94,6 +94,21 @@ std::vector<FnIntent> FnGestureMachine::digitReleased(const FnAction& action, do
     return consumeAtRelease(at);
 }
 
+std::vector<FnIntent> FnGestureMachine::shortcutStruck(double /*at*/) {
+    if (!fnDown_) {
+        return {};
+    }
+    const Resolution::Kind was = resolution_.kind;
+    if (was != Resolution::Kind::pending && was != Resolution::Kind::dictate) {
+        return {};
+    }
+    resolution_ = Resolution::of(Resolution::Kind::consumed);
+    if (was == Resolution::Kind::dictate && capturing()) {
+        return {FnIntent::cancel()};
+    }
+    return {};
+}
+
 void FnGestureMachine::reset() {
     fnDown_ = false;
     resolution_ = Resolution::of(Resolution::Kind::pending);

@@ -29,6 +29,11 @@ public:
     std::vector<FnIntent> leaderElapsed(double at);
     std::vector<FnIntent> digitPressed(const FnAction& action, double at);
     std::vector<FnIntent> digitReleased(const FnAction& action, double at);
+    // A key that is not a chord key went down while the talk key is held: the
+    // press is one of the user's own shortcuts (right Ctrl is a modifier people
+    // use), so it neither taps, holds nor captures. A dictation this press
+    // started when the leader ran out is cancelled.
+    std::vector<FnIntent> shortcutStruck(double at);
 
     void reset();
 

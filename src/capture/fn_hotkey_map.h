@@ -22,6 +22,7 @@ public:
         clipStack,
         clipPaste,
         clipMode,
+        cancel,
     };
 
     static FnIntent startSlot(int slot) { return FnIntent(Kind::startSlot, slot); }
@@ -33,6 +34,8 @@ public:
     static FnIntent clipStack() { return FnIntent(Kind::clipStack); }
     static FnIntent clipPaste() { return FnIntent(Kind::clipPaste); }
     static FnIntent clipMode() { return FnIntent(Kind::clipMode); }
+    // Drops the capture under way, as Esc does.
+    static FnIntent cancel() { return FnIntent(Kind::cancel); }
 
     Kind kind() const { return kind_; }
     // The voice slot of startSlot; 0 for every other case.

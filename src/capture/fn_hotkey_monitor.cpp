@@ -43,11 +43,18 @@ std::optional<std::string> FnHotkeyMonitor::start() {
     if (!opened) {
         return std::nullopt;
     }
-    const std::vector<uint32_t> chordKeys(KeySyms::chordKeys.begin(), KeySyms::chordKeys.end());
-    if (!keyboard_->inputControlAvailable() || !keyboard_->watchTalkKey(chordKeys)) {
+    if (!keyboard_->inputControlAvailable()) {
         keyboard_->close();
         return std::nullopt;
     }
+    const std::vector<uint32_t> chordKeys(KeySyms::chordKeys.begin(), KeySyms::chordKeys.end());
+    DesktopKeyboard::TalkKeyWatch watch = keyboard_->watchTalkKey(chordKeys);
+    if (!watch.watching) {
+        unavailableReason_ = std::move(watch.problem);
+        keyboard_->close();
+        return std::nullopt;
+    }
+    heldElsewhere_ = std::move(watch.heldElsewhere);
     running_ = true;
     return "fn-tap";
 }
@@ -83,72 +90,82 @@ void FnHotkeyMonitor::disableCancelKey() {
     cancelKeyHeld_ = false;
 }
 
-FnHotkeyMonitor::Verdict FnHotkeyMonitor::handle(const Event& event) {
+void FnHotkeyMonitor::handle(const Event& event) {
     if (!running_) {
-        return Verdict::pass;
+        return;
     }
     switch (event.kind) {
         case Event::Kind::talkKeyDown:
-            return talkKeyChanged(true);
+            return talkKeyChanged(true, event.time);
         case Event::Kind::talkKeyUp:
-            return talkKeyChanged(false);
+            return talkKeyChanged(false, event.time);
         case Event::Kind::keyDown:
-            return keyDown(event.keysym);
+            return keyDown(event.keysym, event.time);
         case Event::Kind::keyUp:
-            return keyUp(event.keysym);
+            return keyUp(event.keysym, event.time);
+        case Event::Kind::otherKeyDown:
+            return shortcut(event.time);
     }
-    return Verdict::pass;
 }
 
-FnHotkeyMonitor::Verdict FnHotkeyMonitor::talkKeyChanged(bool down) {
+void FnHotkeyMonitor::talkKeyChanged(bool down, double at) {
     // The talk key is never taken from the applications. A press repeated by
     // the keyboard, or a release already seen, changes nothing.
     if (down == lastFnDown_) {
-        return Verdict::pass;
+        return;
     }
     lastFnDown_ = down;
     if (down) {
-        dispatch(machine_.fnPressed(queue_.now()));
+        fnDownAt_ = at;
+        dispatch(machine_.fnPressed(at));
         armLeader();
-    } else {
-        cancelLeader();
-        dispatch(machine_.fnReleased(queue_.now()));
+        return;
     }
-    return Verdict::pass;
+    // A main thread that was busy may see the release before its leader timer
+    // fired: the desktop's times say whether the window had run out.
+    const bool leaderDue = leaderItem_ && at - fnDownAt_ >= machine_.leaderWindow();
+    cancelLeader();
+    if (leaderDue) {
+        dispatch(machine_.leaderElapsed(fnDownAt_ + machine_.leaderWindow()));
+    }
+    dispatch(machine_.fnReleased(at));
 }
 
-FnHotkeyMonitor::Verdict FnHotkeyMonitor::keyDown(uint32_t keysym) {
+void FnHotkeyMonitor::keyDown(uint32_t keysym, double at) {
     if (keysym == KeySyms::escape && capturing()) {
         call(onCancel);
-        return Verdict::swallow;
+        return;
     }
     if (!machine_.isFnHeld()) {
-        return Verdict::pass;
+        return;
     }
     const auto action = KeySyms::chordAction(keysym);
     if (!action) {
-        return Verdict::pass;
+        return;
     }
     // A chord has been struck: the plain talk-key gesture must not start now.
     cancelLeader();
     swallowed_.insert(keysym);
     // Auto-repeat is not told from a press: a repeat during a capture ends it.
-    dispatch(machine_.digitPressed(*action, queue_.now()));
-    return Verdict::swallow;
+    dispatch(machine_.digitPressed(*action, at));
 }
 
-FnHotkeyMonitor::Verdict FnHotkeyMonitor::keyUp(uint32_t keysym) {
-    // A key-up belongs to whoever had its key-down, so the application never
-    // sees a release without its press.
+void FnHotkeyMonitor::keyUp(uint32_t keysym, double at) {
+    // Only a chord key whose press the machine heard has a release for it.
     if (swallowed_.erase(keysym) == 0) {
-        return Verdict::pass;
+        return;
     }
-    const auto action = KeySyms::chordAction(keysym);
-    if (!action) {
-        return Verdict::swallow;
+    if (const auto action = KeySyms::chordAction(keysym)) {
+        dispatch(machine_.digitReleased(*action, at));
     }
-    dispatch(machine_.digitReleased(*action, queue_.now()));
-    return Verdict::swallow;
+}
+
+void FnHotkeyMonitor::shortcut(double at) {
+    if (!machine_.isFnHeld()) {
+        return;
+    }
+    cancelLeader();
+    dispatch(machine_.shortcutStruck(at));
 }
 
 void FnHotkeyMonitor::dispatch(const std::vector<FnIntent>& intents) {
@@ -184,6 +201,9 @@ void FnHotkeyMonitor::dispatch(const std::vector<FnIntent>& intents) {
             case FnIntent::Kind::clipMode:
                 call(onClipMode);
                 break;
+            case FnIntent::Kind::cancel:
+                call(onCancel);
+                break;
         }
     }
 }
@@ -197,7 +217,8 @@ void FnHotkeyMonitor::armLeader() {
             return;
         }
         self->leaderItem_.reset();
-        self->dispatch(self->machine_.leaderElapsed(self->queue_.now()));
+        self->dispatch(
+            self->machine_.leaderElapsed(self->fnDownAt_ + self->machine_.leaderWindow()));
     });
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tevra {
 
@@ -37,6 +38,13 @@ public:
     // Esc belongs to the other applications except while a capture runs.
     virtual void enableCancelKey() = 0;
     virtual void disableCancelKey() = 0;
+
+    // The keys this backend wanted and another program holds, named as the
+    // user presses them ("Alt+2", "Control_R+7"); known after start().
+    virtual std::vector<std::string> keysHeldElsewhere() const { return {}; }
+    // Why start() gave none, in words for the user, when waiting will not
+    // help (a talk key no key of this keyboard gives); empty otherwise.
+    virtual std::string unavailableReason() const { return {}; }
 };
 
 }  // namespace tevra

@@ -37,6 +37,12 @@ bool HotkeyMonitor::capturing() const {
 
 bool HotkeyMonitor::registerKey(uint32_t keysym, int identifier) {
     if (!keyboard_->grab(keysym, DesktopKeyboard::Modifiers::alt)) {
+        // The digit keys' symbols are their characters.
+        const char digit = static_cast<char>(keysym);
+        if (log_) {
+            log_(std::string("hotkey ⌥") + digit + " is held by another program");
+        }
+        heldElsewhere_.push_back(std::string("Alt+") + digit);
         return false;
     }
     hotKeyRefs_.push_back({keysym, identifier});
@@ -57,8 +63,6 @@ std::optional<std::string> HotkeyMonitor::start() {
     for (int i = 0; i < slotCount_; ++i) {
         if (registerKey(slotKeyCodes[static_cast<size_t>(i)], i + 1)) {
             anySlot = true;
-        } else if (log_) {
-            log_("hotkey ⌥" + std::to_string(i + 1) + " is held by another program");
         }
     }
     // The fixed keys are a bonus: without them the slots still work.
@@ -130,13 +134,13 @@ void HotkeyMonitor::handle(const DesktopKeyboard::Event& event) {
         return;
     }
     if (event.kind == Kind::keyDown) {
-        pressed(*identifier);
+        pressed(*identifier, event.time);
     } else {
-        released(*identifier);
+        released(*identifier, event.time);
     }
 }
 
-void HotkeyMonitor::pressed(int identifier) {
+void HotkeyMonitor::pressed(int identifier, double at) {
     switch (identifier) {
         case cancelIdentifier:
             call(onCancel);
@@ -151,15 +155,15 @@ void HotkeyMonitor::pressed(int identifier) {
             call(onTranslateClipboard);
             break;
         case dictateTranslateIdentifier:
-            dictateTranslateDown();
+            dictateTranslateDown(at);
             break;
         default:
-            slotDown(identifier - 1);
+            slotDown(identifier - 1, at);
             break;
     }
 }
 
-void HotkeyMonitor::released(int identifier) {
+void HotkeyMonitor::released(int identifier, double at) {
     switch (identifier) {
         case cancelIdentifier:
         case selectIdentifier:
@@ -167,15 +171,15 @@ void HotkeyMonitor::released(int identifier) {
         case translateClipboardIdentifier:
             break;
         case dictateTranslateIdentifier:
-            dictateTranslateUp();
+            dictateTranslateUp(at);
             break;
         default:
-            slotUp(identifier - 1);
+            slotUp(identifier - 1, at);
             break;
     }
 }
 
-void HotkeyMonitor::slotDown(int slot) {
+void HotkeyMonitor::slotDown(int slot, double at) {
     if (capturing()) {
         // Any slot key ends a running capture; the releases of keys pressed
         // before then must not end the next one.
@@ -183,13 +187,13 @@ void HotkeyMonitor::slotDown(int slot) {
         call(onSlotFinish);
         return;
     }
-    pressedAt_[slot] = queue_.now();
+    pressedAt_[slot] = at;
     if (onSlotStart) {
         onSlotStart(slot);
     }
 }
 
-void HotkeyMonitor::slotUp(int slot) {
+void HotkeyMonitor::slotUp(int slot, double at) {
     const auto it = pressedAt_.find(slot);
     if (it == pressedAt_.end()) {
         return;
@@ -197,28 +201,28 @@ void HotkeyMonitor::slotUp(int slot) {
     const double pressedAt = it->second;
     pressedAt_.erase(it);
     // A short press leaves the capture latched; the next slot key ends it.
-    if (capturing() && queue_.now() - pressedAt >= holdThreshold) {
+    if (capturing() && at - pressedAt >= holdThreshold) {
         call(onSlotFinish);
     }
 }
 
-void HotkeyMonitor::dictateTranslateDown() {
+void HotkeyMonitor::dictateTranslateDown(double at) {
     if (capturing()) {
         translatePressedAt_.reset();
         call(onDictateTranslateFinish);
         return;
     }
-    translatePressedAt_ = queue_.now();
+    translatePressedAt_ = at;
     call(onDictateTranslateStart);
 }
 
-void HotkeyMonitor::dictateTranslateUp() {
+void HotkeyMonitor::dictateTranslateUp(double at) {
     if (!translatePressedAt_ || !capturing()) {
         return;
     }
     const double pressedAt = *translatePressedAt_;
     translatePressedAt_.reset();
-    if (queue_.now() - pressedAt >= holdThreshold) {
+    if (at - pressedAt >= holdThreshold) {
         call(onDictateTranslateFinish);
     }
 }

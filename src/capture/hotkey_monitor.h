@@ -55,6 +55,7 @@ public:
     void disableCancelKey() override;
 
     void handle(const DesktopKeyboard::Event& event);
+    std::vector<std::string> keysHeldElsewhere() const override { return heldElsewhere_; }
 
     int slotCount() const { return slotCount_; }
 
@@ -67,12 +68,12 @@ private:
 
     bool registerKey(uint32_t keysym, int identifier);
     std::optional<int> identifierOf(uint32_t keysym) const;
-    void pressed(int identifier);
-    void released(int identifier);
-    void slotDown(int slot);
-    void slotUp(int slot);
-    void dictateTranslateDown();
-    void dictateTranslateUp();
+    void pressed(int identifier, double at);
+    void released(int identifier, double at);
+    void slotDown(int slot, double at);
+    void slotUp(int slot, double at);
+    void dictateTranslateDown(double at);
+    void dictateTranslateUp(double at);
     bool capturing() const;
 
     const int slotCount_;
@@ -80,6 +81,7 @@ private:
     std::unique_ptr<DesktopKeyboard> keyboard_;
     LogLine log_;
     std::vector<HotKey> hotKeyRefs_;  // every registered key but Esc
+    std::vector<std::string> heldElsewhere_;
     bool handlerInstalled_ = false;
     std::map<int, double> pressedAt_;  // slots whose key is down
     std::optional<double> translatePressedAt_;

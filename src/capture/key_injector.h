@@ -28,6 +28,10 @@ public:
     // Whether that chord pastes the primary selection rather than the
     // clipboard, as Shift+Insert does in xterm.
     virtual bool pasteReadsPrimary() = 0;
+    // Whether the user holds a modifier key that would turn the paste chord
+    // into another chord (an Alt still down from Alt+digit makes Ctrl+V
+    // Ctrl+Alt+V, which pastes nowhere).
+    virtual bool modifiersHeld() = 0;
     // Posts the events in order.
     virtual void post(const KeySequence& events) = 0;
 };

@@ -140,6 +140,7 @@ protected:
             auto keyboard = std::make_unique<RecordingDesktopKeyboard>();
             keyboard->inputControl = inputControl;
             keyboard->opens = keyboardsOpen;
+            keyboard->clock = &queue;
             keyboards.push_back(keyboard.get());
             return keyboard;
         };
@@ -281,8 +282,19 @@ TEST_F(AppDelegateTest, TextThatCannotBePastedStaysOnTheClipboard) {
     awaitPipeline();
     EXPECT_EQ(clipboard->text(), "Hello, world.");
     EXPECT_TRUE(keys->posted.empty());
-    EXPECT_THAT(hudCalls(), ElementsAre("hud error copied \u2014 press \u2318V"));
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error copied \u2014 press Ctrl+V"));
     EXPECT_THAT(sounds(), ElementsAre("start", "done"));
+
+    // A modifier held down all through the paste's wait: the same words.
+    keys->available = true;
+    keys->modifierChecksHeld = 1000;
+    capture(1.0, tone(1.0));
+    awaitPipeline();
+    queue.advance(TextInserter::modifierWaitSec + 0.1);
+    EXPECT_TRUE(keys->posted.empty());
+    EXPECT_THAT(hudCalls(), ElementsAre("hud error copied \u2014 press Ctrl+V",
+                                        "hud error copied \u2014 press Ctrl+V"));
+    EXPECT_EQ(logs.back(), "paste held back: a modifier key stayed down");
 }
 
 TEST_F(AppDelegateTest, SecureInputAndScreenVoicesStartNoRecording) {
@@ -290,14 +302,18 @@ TEST_F(AppDelegateTest, SecureInputAndScreenVoicesStartNoRecording) {
     secure->active = true;
     app->startSlot(0);
     app->startDictateTranslate();
-    EXPECT_EQ(recorder->starts, 0);
+    // The microphone opens first, so that the test never delays it, and is
+    // closed again at once: nothing was kept.
+    EXPECT_EQ(recorder->starts, 2);
+    EXPECT_EQ(recorder->stops, 2);
     EXPECT_FALSE(app->isCapturing());
+    EXPECT_FALSE(keyboards.back()->holds(KeySyms::escape, DesktopKeyboard::Modifiers::none));
     EXPECT_THAT(hudCalls(), ElementsAre("hud error secure input active (password field?)",
                                         "hud error secure input active (password field?)"));
     EXPECT_THAT(logs, Contains("Fn \u2192 Dictate"));
 
     app->startSlot(5);  // the screen voice needs no microphone
-    EXPECT_EQ(recorder->starts, 0);
+    EXPECT_EQ(recorder->starts, 2);
     EXPECT_THAT(logs.back(), "Fn 5 \u2192 Screenshot \u2192 text");
     app->startSlot(9);  // no voice on that slot: nothing at all
     EXPECT_EQ(logs.back(), "Fn 5 \u2192 Screenshot \u2192 text");

@@ -29,6 +29,7 @@ protected:
     std::shared_ptr<HotkeyMonitor> make(int slotCount, std::set<Grab> heldElsewhere = {}) {
         auto owned = std::make_unique<RecordingDesktopKeyboard>();
         owned->heldElsewhere = std::move(heldElsewhere);
+        owned->clock = &queue;
         keyboard = owned.get();
         auto monitor = std::make_shared<HotkeyMonitor>(
             queue, std::move(owned), slotCount,

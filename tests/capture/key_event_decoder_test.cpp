@@ -35,12 +35,19 @@ TEST(KeyEventDecoder, OnlyTheTalkKeyIsReportedFromTheKeysSeenEverywhere) {
     EXPECT_EQ(decoder.observed(controlRCode, true), std::nullopt) << "no talk key set yet";
 
     decoder.setTalkKey(controlRCode);
+    decoder.setChordKey(oneCode, true);
     EXPECT_EQ(decoder.observed(qCode, true), std::nullopt);
     EXPECT_EQ(decoder.observed(oneCode, false), std::nullopt);
-    EXPECT_EQ(decoder.observed(controlRCode, true), (Event{Kind::talkKeyDown, controlR, false}));
+    EXPECT_EQ(decoder.observed(controlRCode, true, 1.5),
+              (Event{Kind::talkKeyDown, controlR, false, 1.5}));
     EXPECT_TRUE(decoder.isTalkKeyDown());
     EXPECT_EQ(decoder.observed(controlRCode, true), (Event{Kind::talkKeyDown, controlR, true}));
+    // With the talk key down, any key but a chord key is the user's shortcut.
+    EXPECT_EQ(decoder.observed(qCode, true, 1.6), (Event{Kind::otherKeyDown, 0, false, 1.6}));
+    EXPECT_EQ(decoder.observed(qCode, false), std::nullopt);
+    EXPECT_EQ(decoder.observed(oneCode, true), std::nullopt) << "a chord key comes by its grab";
     EXPECT_EQ(decoder.observed(controlRCode, false), (Event{Kind::talkKeyUp, controlR, false}));
+    EXPECT_EQ(decoder.observed(qCode, true), std::nullopt);
     EXPECT_EQ(decoder.observed(controlRCode, true), (Event{Kind::talkKeyDown, controlR, false}));
 }
 

@@ -40,10 +40,11 @@ TEST(TextInserter, PastesAfterThirtyMillisecondsAndRestoresEverythingAfterAnothe
     EXPECT_TRUE(rig.clipboard->lastSetWasTransient);
     rig.inserter.reset();  // the restore outlives the inserter
     rig.queue.advance(10.0);
-    EXPECT_THAT(rig.journal->entries,
-                ElementsAre(Pair(0.0, "snapshot"), Pair(0.0, "setText Dictated text."),
-                            Pair(0.0, "pasteSequence"), Pair(0.03, "post"),
-                            Pair(::testing::DoubleNear(1.23, 1e-9), "restore 2")));
+    EXPECT_THAT(
+        rig.journal->entries,
+        ElementsAre(Pair(0.0, "pasteSequence"), Pair(0.0, "snapshot"),
+                    Pair(0.0, "setText Dictated text."), Pair(0.03, "modifiersHeld"),
+                    Pair(0.03, "post"), Pair(::testing::DoubleNear(1.23, 1e-9), "restore 2")));
     EXPECT_EQ(rig.keys->posted, std::vector<KeySequence>{rig.keys->chord});
     // Two items come back as two items, each with all its types.
     EXPECT_EQ(rig.clipboard->items, (ClipboardSnapshot{kImageAndText, files}));
@@ -62,7 +63,7 @@ TEST(TextInserter, RestoresWhatCouldBeReadAndLeavesTheTextOnAnEmptyClipboard) {
     ASSERT_TRUE(empty.inserter->insert("kept"));
     empty.queue.advance(5.0);
     EXPECT_THAT(empty.journal->names(),
-                ElementsAre("snapshot", "setText kept", "pasteSequence", "post"));
+                ElementsAre("pasteSequence", "snapshot", "setText kept", "modifiersHeld", "post"));
     EXPECT_EQ(empty.clipboard->text(), "kept");
 
     // A terminal that pastes the primary selection gets the text there too.
@@ -70,8 +71,9 @@ TEST(TextInserter, RestoresWhatCouldBeReadAndLeavesTheTextOnAnEmptyClipboard) {
     terminal.keys->readsPrimary = true;
     ASSERT_TRUE(terminal.inserter->insert("ls -l"));
     terminal.queue.advance(5.0);
-    EXPECT_THAT(terminal.journal->names(), ElementsAre("snapshot", "setText ls -l", "pasteSequence",
-                                                       "setPrimary ls -l", "post"));
+    EXPECT_THAT(terminal.journal->names(),
+                ElementsAre("pasteSequence", "snapshot", "setText ls -l", "setPrimary ls -l",
+                            "modifiersHeld", "post"));
 }
 
 TEST(TextInserter, LeavesTheTextOnTheClipboardWhenThePasteCannotBePosted) {
@@ -96,6 +98,35 @@ TEST(TextInserter, LeavesTheTextOnTheClipboardWhenThePasteCannotBePosted) {
     rig.secure->active = true;
     EXPECT_FALSE(rig.inserter->insert("b"));
     EXPECT_EQ(rig.secure->asked, 2);
+}
+
+TEST(TextInserter, AHeldModifierIsWaitedForAndAPasteThatWouldBeAnotherChordIsGivenUp) {
+    // Let go within the wait: the chord goes out then, and the clipboard
+    // comes back 1.2 s after it.
+    InserterRig rig;
+    rig.clipboard->items = {kImageAndText};
+    rig.keys->modifierChecksHeld = 5;
+    std::optional<bool> sent;
+    ASSERT_TRUE(rig.inserter->insert("typed", [&](bool pasted) { sent = pasted; }));
+    rig.queue.advance(TextInserter::pasteDelaySec + 4 * TextInserter::modifierPollSec);
+    EXPECT_TRUE(rig.keys->posted.empty());
+    rig.queue.advance(TextInserter::modifierPollSec);
+    EXPECT_EQ(rig.keys->posted.size(), 1u);
+    EXPECT_EQ(sent, true);
+    rig.queue.advance(TextInserter::restoreDelaySec);
+    EXPECT_EQ(rig.clipboard->items, (ClipboardSnapshot{kImageAndText}));
+
+    // Held throughout: no chord at all, and the text stays for the user.
+    InserterRig held;
+    held.clipboard->items = {kImageAndText};
+    held.keys->modifierChecksHeld = 1000;
+    sent.reset();
+    ASSERT_TRUE(held.inserter->insert("typed", [&](bool pasted) { sent = pasted; }));
+    held.queue.advance(10.0);
+    EXPECT_TRUE(held.keys->posted.empty());
+    EXPECT_EQ(sent, false);
+    EXPECT_EQ(held.clipboard->text(), "typed");
+    EXPECT_EQ(held.queue.pendingCount(), 0);
 }
 
 TEST(TextInserter, TwoQuickInsertsEachRestoreTheirOwnSnapshot) {

@@ -96,6 +96,8 @@ public:
     bool available = true;
     bool canMakeEvents = true;
     bool readsPrimary = false;
+    // How many more times modifiersHeld() answers true.
+    int modifierChecksHeld = 0;
     KeySequence chord = {{37, true}, {55, true}, {55, false}, {37, false}};
     std::vector<KeySequence> posted;
 
@@ -108,6 +110,10 @@ public:
         return chord;
     }
     bool pasteReadsPrimary() override { return readsPrimary; }
+    bool modifiersHeld() override {
+        journal_->add("modifiersHeld");
+        return modifierChecksHeld > 0 && modifierChecksHeld-- > 0;
+    }
     void post(const KeySequence& events) override {
         journal_->add("post");
         posted.push_back(events);

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/main_queue.h"
 #include "capture/desktop_keyboard.h"
 
 namespace tevra::testing {
@@ -20,6 +21,10 @@ public:
     bool opens = true;
     bool inputControl = true;
     std::set<Grab> heldElsewhere;
+    std::string talkKeyProblem;  // non-empty: the talk key cannot be watched
+    // Stamps delivered events with its time, as the desktop stamps its own.
+    MainQueue* clock = nullptr;
+    std::vector<std::string> chordKeysHeldElsewhere;
 
     bool isOpen = false;
     int closeCount = 0;
@@ -37,10 +42,10 @@ public:
         return true;
     }
     bool inputControlAvailable() override { return inputControl; }
-    bool watchTalkKey(const std::vector<uint32_t>& chordKeys) override {
+    TalkKeyWatch watchTalkKey(const std::vector<uint32_t>& chordKeys) override {
         watchedChordKeys = chordKeys;
-        watchingTalkKey = true;
-        return true;
+        watchingTalkKey = talkKeyProblem.empty();
+        return {watchingTalkKey, talkKeyProblem, chordKeysHeldElsewhere};
     }
     bool grab(uint32_t keysym, Modifiers modifiers) override {
         grabAsks.emplace_back(keysym, modifiers);
@@ -66,7 +71,10 @@ public:
     }
 
     // Delivers an event as the platform would, through the handler given to open().
-    void deliver(const Event& event) {
+    void deliver(Event event) {
+        if (clock) {
+            event.time = clock->now();
+        }
         if (onEvent_) {
             onEvent_(event);
         }

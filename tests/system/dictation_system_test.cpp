@@ -15,6 +15,7 @@
 #include <cmath>
 #include <csignal>
 #include <fstream>
+#include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -155,7 +156,8 @@ protected:
         }
     }
 
-    void startTevra(nlohmann::json settings = nlohmann::json::object()) {
+    void startTevra(nlohmann::json settings = nlohmann::json::object(),
+                    const std::map<QString, QString>& extraEnvironment = {}) {
         settings["proxyBaseURL"] = service.baseURL() + "/v1";
         std::ofstream(dataDir() / "settings.json") << settings.dump();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -166,6 +168,9 @@ protected:
             env.remove(name);
         }
         env.remove("QT_QPA_PLATFORM");
+        for (const auto& [name, value] : extraEnvironment) {
+            env.insert(name, value);
+        }
         tevra.setProcessEnvironment(env);
         tevra.start(TEVRA_PATH, {});
         ASSERT_TRUE(tevra.waitForStarted(10000)) << tevra.errorString().toStdString();
@@ -282,11 +287,23 @@ TEST_F(DictationSystemTest, EscDuringARecordingPastesNothing) {
     EXPECT_FALSE(keyEvents.has_value()) << "Esc reached the application during the capture";
 }
 
-TEST_F(DictationSystemTest, TheAltSchemeDictatesToo) {
+TEST_F(DictationSystemTest, TheAltSchemeDictatesTooAndStandsInForATalkKeyThatIsNoKey) {
     PeerProcess peer({.title = "Tevra system peer"});
     peer.activate();
-    startTevra({{"hotkey", "option"}});
-    EXPECT_THAT(log(), HasSubstr("scheme=option, hotkey"));
+    // Told on the terminal: the talk key that cannot be used and why, and
+    // what a Wayland session still lacks.
+    startTevra({{"talkKey", "NoSuchKey"}}, {{"XDG_SESSION_TYPE", "wayland"}});
+    EXPECT_THAT(log(), HasSubstr("scheme=fn, hotkey"));
+    std::string terminal;
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            terminal += tevra.readAllStandardError().toStdString();
+            return terminal.find("Wayland session:") != std::string::npos;
+        },
+        10))
+        << terminal;
+    EXPECT_THAT(terminal, HasSubstr("tevra: the talk key cannot be used: \"NoSuchKey\" is not "
+                                    "the name of a key"));
 
     dictate({"Alt_L", "1"}, "Fn \u2192 Dictate");
     const auto text = peer.waitFor(

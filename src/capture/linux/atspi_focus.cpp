@@ -2,18 +2,30 @@
 
 #include <atspi/atspi.h>
 
-#include <memory>
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <mutex>
+#include <thread>
 
 namespace tevra {
 namespace {
 
 // A reference to a GObject that is dropped when it goes out of scope.
+struct Unref {
+    void operator()(void* object) const {
+        if (object) {
+            g_object_unref(object);
+        }
+    }
+};
 template <typename T>
-using Ref = std::unique_ptr<T, decltype([](T* object) {
-                                if (object) {
-                                    g_object_unref(object);
-                                }
-                            })>;
+using Ref = std::unique_ptr<T, Unref>;
+
+template <typename T>
+Ref<T> retained(T* object) {
+    return Ref<T>(object ? static_cast<T*>(g_object_ref(object)) : nullptr);
+}
 
 // Calls that fail give their neutral value: the error itself is dropped here.
 bool failed(GError*& error) {
@@ -24,9 +36,9 @@ bool failed(GError*& error) {
     return true;
 }
 
-// A method call that gets no answer blocks the main thread for this long.
+// A method call that gets no answer holds the listening thread this long.
 constexpr int kCallTimeoutMs = 400;
-// Bounds the walk through an application that lacks the Collection interface.
+// Bounds the first look's walk through an application without Collection.
 constexpr int kWalkLimit = 3000;
 
 bool hasState(AtspiAccessible* object, AtspiStateType state) {
@@ -100,23 +112,28 @@ Ref<AtspiAccessible> focusedByWalk(AtspiAccessible* node, int& budget) {
     return nullptr;
 }
 
-Ref<AtspiAccessible> focusedIn(AtspiAccessible* application) {
-    // What the library holds of the application may be what the focus has
-    // since left: every read starts afresh. (Switching the cache off instead
-    // makes the library's own event handling call back into the bus while it
-    // waits for an answer, which deadlocks.)
-    atspi_accessible_clear_cache(application);
-    const int windows = childCount(application);
-    for (int i = 0; i < windows; ++i) {
-        Ref<AtspiAccessible> window = childAt(application, i);
-        if (!window || !hasState(window.get(), ATSPI_STATE_ACTIVE)) {
-            continue;
+// The focused element of whichever application has an active window: the
+// first look, before any focus event has come.
+Ref<AtspiAccessible> focusedOnTheDesktop() {
+    Ref<AtspiAccessible> desktop(atspi_get_desktop(0));
+    if (!desktop) {
+        return nullptr;
+    }
+    const int applications = childCount(desktop.get());
+    for (int a = 0; a < applications; ++a) {
+        Ref<AtspiAccessible> application = childAt(desktop.get(), a);
+        const int windows = application ? childCount(application.get()) : 0;
+        for (int w = 0; w < windows; ++w) {
+            Ref<AtspiAccessible> window = childAt(application.get(), w);
+            if (!window || !hasState(window.get(), ATSPI_STATE_ACTIVE)) {
+                continue;
+            }
+            if (Ref<AtspiAccessible> found = focusedByCollection(window.get())) {
+                return found;
+            }
+            int budget = kWalkLimit;
+            return focusedByWalk(window.get(), budget);
         }
-        if (Ref<AtspiAccessible> found = focusedByCollection(window.get())) {
-            return found;
-        }
-        int budget = kWalkLimit;
-        return focusedByWalk(window.get(), budget);
     }
     return nullptr;
 }
@@ -141,59 +158,169 @@ std::optional<std::string> tailText(AtspiAccessible* element, int codePoints) {
     return out;
 }
 
-}  // namespace
-
-bool AtspiFocus::connect() {
-    if (!tried_) {
-        tried_ = true;
-        // 0: connected now; 1: someone in this process already had.
-        connected_ = atspi_init() <= 1;
-        atspi_set_timeout(kCallTimeoutMs, kCallTimeoutMs * 5);
-    }
-    return connected_;
+// The application's name on the accessibility bus, known without asking it:
+// an object carries it from the event or the reply that named it.
+std::string busName(AtspiAccessible* element) {
+    const AtspiObject* object = ATSPI_OBJECT(element);
+    return object && object->app && object->app->bus_name ? object->app->bus_name : "";
 }
 
-std::optional<AtspiFocus::Element> AtspiFocus::focused(std::int64_t pid, bool withText) {
-    if (!connect()) {
-        return std::nullopt;
-    }
-    Ref<AtspiAccessible> desktop(atspi_get_desktop(0));
-    if (!desktop) {
-        return std::nullopt;
-    }
-    // The registry's list of applications changes as they come and go.
-    atspi_accessible_clear_cache(desktop.get());
-    const int applications = childCount(desktop.get());
-    for (int i = 0; i < applications; ++i) {
-        Ref<AtspiAccessible> application = childAt(desktop.get(), i);
-        if (!application) {
-            continue;
+bool isPasswordField(AtspiAccessible* element) {
+    GError* error = nullptr;
+    const AtspiRole role = atspi_accessible_get_role(element, &error);
+    return !failed(error) && role == ATSPI_ROLE_PASSWORD_TEXT;
+}
+
+}  // namespace
+
+// Everything of libatspi lives on the listener's thread, in a main context of
+// its own: the library is not thread-safe, and its events and calls must not
+// run on the program's main loop.
+struct AtspiFocus::Listener {
+    GMainContext* context = g_main_context_new();
+    GMainLoop* loop = g_main_loop_new(context, FALSE);
+    std::thread thread;
+
+    std::mutex mutex;
+    std::condition_variable ready;
+    bool started = false;
+    bool connected = false;
+    // What the main thread may read at once.
+    bool hasFocus = false;
+    bool focusIsPassword = false;
+
+    // The listener thread's own.
+    Ref<AtspiAccessible> focus;
+    std::string focusBusName;
+    AtspiEventListener* events = nullptr;
+
+    void run() {
+        g_main_context_push_thread_default(context);
+        // 0: connected now; 1: someone in this process already had.
+        const bool ok = atspi_init() <= 1;
+        if (ok) {
+            atspi_set_main_context(context);
+            atspi_set_timeout(kCallTimeoutMs, kCallTimeoutMs * 5);
+            events = atspi_event_listener_new(&Listener::onEvent, this, nullptr);
+            for (const char* type : {"object:state-changed:focused", "window:deactivate"}) {
+                GError* error = nullptr;
+                atspi_event_listener_register(events, type, &error);
+                failed(error);
+            }
+            setFocus(focusedOnTheDesktop());
         }
-        if (pid != 0) {
-            GError* error = nullptr;
-            const guint appPid = atspi_accessible_get_process_id(application.get(), &error);
-            if (failed(error) || static_cast<std::int64_t>(appPid) != pid) {
-                continue;
+        {
+            std::lock_guard lock(mutex);
+            started = true;
+            connected = ok;
+        }
+        ready.notify_all();
+        if (ok) {
+            g_main_loop_run(loop);
+            for (const char* type : {"object:state-changed:focused", "window:deactivate"}) {
+                atspi_event_listener_deregister(events, type, nullptr);
+            }
+            g_object_unref(events);
+        }
+        focus.reset();
+        g_main_context_pop_thread_default(context);
+    }
+
+    void setFocus(Ref<AtspiAccessible> element) {
+        const bool password = element && isPasswordField(element.get());
+        focusBusName = element ? busName(element.get()) : "";
+        focus = std::move(element);
+        std::lock_guard lock(mutex);
+        hasFocus = focus != nullptr;
+        focusIsPassword = password;
+    }
+
+    static void onEvent(AtspiEvent* event, void* data) {
+        auto* self = static_cast<Listener*>(data);
+        const std::string type = event->type ? event->type : "";
+        AtspiAccessible* source = event->source;
+        if (type.starts_with("object:state-changed:focused") && source) {
+            if (event->detail1 != 0) {
+                self->setFocus(retained(source));
+            } else if (source == self->focus.get()) {
+                self->setFocus(Ref<AtspiAccessible>());
+            }
+        } else if (type.starts_with("window:deactivate") && source && self->focus) {
+            // The window's application lost the focus to a window that may
+            // publish nothing (a terminal without accessibility).
+            if (busName(source) == self->focusBusName) {
+                self->setFocus(Ref<AtspiAccessible>());
             }
         }
-        Ref<AtspiAccessible> element = focusedIn(application.get());
-        if (!element) {
-            if (pid != 0) {
-                return std::nullopt;
-            }
-            continue;
+        g_boxed_free(ATSPI_TYPE_EVENT, event);
+    }
+
+    // Reads the focused element's text on the listener's thread.
+    std::optional<Element> readFocus() {
+        if (!focus) {
+            return std::nullopt;
         }
-        GError* error = nullptr;
         Element out;
-        out.isPassword =
-            atspi_accessible_get_role(element.get(), &error) == ATSPI_ROLE_PASSWORD_TEXT;
-        failed(error);
-        if (withText && !out.isPassword) {
-            out.text = tailText(element.get(), tailCodePoints);
+        out.isPassword = isPasswordField(focus.get());
+        if (!out.isPassword) {
+            out.text = tailText(focus.get(), tailCodePoints);
         }
         return out;
     }
-    return std::nullopt;
+};
+
+// Never destroyed: its thread may be inside the library when the process
+// ends, and the library's own state lives as long.
+AtspiFocus::Listener* AtspiFocus::processListener() {
+    static AtspiFocus::Listener* const listener = [] {
+        auto* made = new AtspiFocus::Listener();
+        made->thread = std::thread([made] { made->run(); });
+        made->thread.detach();
+        return made;
+    }();
+    return listener;
+}
+
+AtspiFocus::AtspiFocus() : listener_(processListener()) {}
+
+AtspiFocus::~AtspiFocus() = default;
+
+bool AtspiFocus::waitUntilListening(int timeoutMs) {
+    std::unique_lock lock(listener_->mutex);
+    listener_->ready.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                              [this] { return listener_->started; });
+    return listener_->started && listener_->connected;
+}
+
+std::optional<AtspiFocus::Element> AtspiFocus::focused(bool withText) {
+    if (!withText) {
+        std::lock_guard lock(listener_->mutex);
+        if (!listener_->hasFocus) {
+            return std::nullopt;
+        }
+        return Element{listener_->focusIsPassword, std::nullopt};
+    }
+    // The call goes to the listener's thread; an application that does not
+    // answer in time leaves the text unknown, and the answer, when it comes,
+    // to nobody.
+    struct Request {
+        Listener* listener;
+        std::promise<std::optional<Element>> answer;
+    };
+    auto* request = new Request{listener_, {}};
+    auto answer = request->answer.get_future();
+    g_main_context_invoke_full(
+        listener_->context, G_PRIORITY_DEFAULT,
+        [](gpointer data) -> gboolean {
+            auto* asked = static_cast<Request*>(data);
+            asked->answer.set_value(asked->listener->readFocus());
+            return G_SOURCE_REMOVE;
+        },
+        request, [](gpointer data) { delete static_cast<Request*>(data); });
+    if (answer.wait_for(std::chrono::milliseconds(textWaitMs)) != std::future_status::ready) {
+        return std::nullopt;
+    }
+    return answer.get();
 }
 
 }  // namespace tevra

@@ -29,11 +29,11 @@ bool X11FocusProbe::canReadFocus() {
     return x_ != nullptr;
 }
 
-std::optional<std::string> X11FocusProbe::focusedText(const FrontApplication& app) {
+std::optional<std::string> X11FocusProbe::focusedText(const FrontApplication&) {
     if (!focus_) {
         return std::nullopt;
     }
-    const auto element = focus_->focused(app.pid, /*withText=*/true);
+    const auto element = focus_->focused(/*withText=*/true);
     if (!element) {
         return std::nullopt;
     }

@@ -13,68 +13,75 @@
 namespace tevra {
 namespace {
 
-// WM_CLASS instance or class names of terminal emulators, lower-cased.
-constexpr std::string_view kTerminals[] = {
-    "xterm",
-    "uxterm",
-    "urxvt",
-    "rxvt",
-    "gnome-terminal",
-    "gnome-terminal-server",
-    "konsole",
-    "alacritty",
-    "kitty",
-    "xfce4-terminal",
-    "tilix",
-    "terminator",
-    "terminology",
-    "st-256color",
-    "wezterm",
-    "org.wezfurlong.wezterm",
-    "foot",
-    "sakura",
-    "lxterminal",
-    "qterminal",
-    "mate-terminal",
-    "guake",
-    "tilda",
-    "yakuake",
-    "deepin-terminal",
-    "cool-retro-term",
-    "kgx",
-    "org.gnome.console",
-    "ptyxis",
-    "org.gnome.ptyxis",
-    "terminal",
-    "x-terminal-emulator",
-    "ghostty",
+using PasteChord = X11KeyInjector::PasteChord;
+
+// The applications that paste with another chord than Ctrl+V, by WM_CLASS
+// instance or class name, lower-cased. Everything else gets Ctrl+V.
+struct PasteKeys {
+    std::string_view wmClass;
+    PasteChord chord;
+};
+constexpr PasteKeys kPasteKeys[] = {
+    // No clipboard key by default; Shift+Insert pastes the primary selection.
+    {"xterm", PasteChord::shiftInsertPrimary},
+    {"uxterm", PasteChord::shiftInsertPrimary},
+    {"urxvt", PasteChord::shiftInsertPrimary},
+    {"rxvt", PasteChord::shiftInsertPrimary},
+    // Ctrl+V scrolls a page in Emacs and starts a block selection in gVim.
+    {"emacs", PasteChord::shiftInsertPrimary},
+    {"gvim", PasteChord::shiftInsertPrimary},
+    // Terminals, where Ctrl+V is the terminal's own key.
+    {"gnome-terminal", PasteChord::ctrlShiftV},
+    {"gnome-terminal-server", PasteChord::ctrlShiftV},
+    {"konsole", PasteChord::ctrlShiftV},
+    {"alacritty", PasteChord::ctrlShiftV},
+    {"kitty", PasteChord::ctrlShiftV},
+    {"xfce4-terminal", PasteChord::ctrlShiftV},
+    {"tilix", PasteChord::ctrlShiftV},
+    {"terminator", PasteChord::ctrlShiftV},
+    {"terminology", PasteChord::ctrlShiftV},
+    {"st-256color", PasteChord::ctrlShiftV},
+    {"wezterm", PasteChord::ctrlShiftV},
+    {"org.wezfurlong.wezterm", PasteChord::ctrlShiftV},
+    {"foot", PasteChord::ctrlShiftV},
+    {"sakura", PasteChord::ctrlShiftV},
+    {"lxterminal", PasteChord::ctrlShiftV},
+    {"qterminal", PasteChord::ctrlShiftV},
+    {"mate-terminal", PasteChord::ctrlShiftV},
+    {"guake", PasteChord::ctrlShiftV},
+    {"tilda", PasteChord::ctrlShiftV},
+    {"yakuake", PasteChord::ctrlShiftV},
+    {"deepin-terminal", PasteChord::ctrlShiftV},
+    {"cool-retro-term", PasteChord::ctrlShiftV},
+    {"kgx", PasteChord::ctrlShiftV},
+    {"org.gnome.console", PasteChord::ctrlShiftV},
+    {"ptyxis", PasteChord::ctrlShiftV},
+    {"org.gnome.ptyxis", PasteChord::ctrlShiftV},
+    {"terminal", PasteChord::ctrlShiftV},
+    {"x-terminal-emulator", PasteChord::ctrlShiftV},
+    {"ghostty", PasteChord::ctrlShiftV},
 };
 
-// Terminals whose only paste key reads the primary selection.
-constexpr std::string_view kPrimaryTerminals[] = {"xterm", "uxterm", "urxvt", "rxvt"};
-
-// The modifier keys that are down now and would turn Ctrl+V into another
-// chord: Shift, Alt, Super, AltGr. Control is part of the chord anyway, and
-// the locks are states, not keys being held.
-std::vector<unsigned> heldModifierKeys(Display* display) {
+// Whether a modifier other than the chord's own and the locks is down on the
+// core keyboard now.
+bool otherModifierDown(Display* display, unsigned chordMask) {
     char keys[32] = {};
     XQueryKeymap(display, keys);
     XModifierKeymap* map = XGetModifierMapping(display);
     if (map == nullptr) {
-        return {};
+        return false;
     }
     const KeyCode numLock = XKeysymToKeycode(display, XK_Num_Lock);
-    std::vector<unsigned> held;
-    for (int index = 0; index < 8; ++index) {
-        if (index == LockMapIndex || index == ControlMapIndex) {
+    bool held = false;
+    for (int index = 0; index < 8 && !held; ++index) {
+        if (index == LockMapIndex || (chordMask & (1u << index)) != 0) {
             continue;
         }
         for (int slot = 0; slot < map->max_keypermod; ++slot) {
             const KeyCode code = map->modifiermap[index * map->max_keypermod + slot];
-            const bool down = code != 0 && (keys[code / 8] & (1 << (code % 8))) != 0;
-            if (down && code != numLock &&
-                std::find(held.begin(), held.end(), code) == held.end()) {
-                held.push_back(code);
+            if (code != 0 && code != numLock && (keys[code / 8] & (1 << (code % 8))) != 0) {
+                held = true;
+                break;
             }
         }
     }
@@ -84,36 +91,36 @@ std::vector<unsigned> heldModifierKeys(Display* display) {
 
 }  // namespace
 
-X11KeyInjector::X11KeyInjector(std::shared_ptr<X11Connection> x) : x_(std::move(x)) {}
+X11KeyInjector::X11KeyInjector(std::shared_ptr<X11Connection> x,
+                               std::shared_ptr<XSyntheticKeys> syntheticKeys)
+    : x_(std::move(x)),
+      syntheticKeys_(syntheticKeys ? std::move(syntheticKeys)
+                                   : std::make_shared<XSyntheticKeys>()) {}
 
-bool X11KeyInjector::isTerminal(std::string_view wmClassPart) {
+PasteChord X11KeyInjector::pasteChordFor(std::string_view wmClassPart) {
     const std::string name = text::lowercase(wmClassPart);
-    return std::find(std::begin(kTerminals), std::end(kTerminals), name) != std::end(kTerminals);
+    for (const PasteKeys& keys : kPasteKeys) {
+        if (keys.wmClass == name) {
+            return keys.chord;
+        }
+    }
+    return PasteChord::ctrlV;
 }
 
-bool X11KeyInjector::pastesPrimary(std::string_view wmClassPart) {
-    const std::string name = text::lowercase(wmClassPart);
-    return std::find(std::begin(kPrimaryTerminals), std::end(kPrimaryTerminals), name) !=
-           std::end(kPrimaryTerminals);
-}
-
-X11KeyInjector::Target X11KeyInjector::activeTarget() const {
+PasteChord X11KeyInjector::activeChord() const {
     const X11Connection::Window active = x_->activeWindow();
     const auto hint = active ? x_->classHint(active) : std::nullopt;
     if (!hint) {
-        return Target::application;
+        return PasteChord::ctrlV;
     }
-    if (pastesPrimary(hint->instance) || pastesPrimary(hint->className)) {
-        return Target::primaryTerminal;
-    }
-    if (isTerminal(hint->instance) || isTerminal(hint->className)) {
-        return Target::terminal;
-    }
-    return Target::application;
+    // The instance is the more specific name ("gnome-terminal-server" may
+    // run under another class).
+    const PasteChord byInstance = pasteChordFor(hint->instance);
+    return byInstance != PasteChord::ctrlV ? byInstance : pasteChordFor(hint->className);
 }
 
 bool X11KeyInjector::pasteReadsPrimary() {
-    return x_ && activeTarget() == Target::primaryTerminal;
+    return x_ && activeChord() == PasteChord::shiftInsertPrimary;
 }
 
 bool X11KeyInjector::isAvailable() {
@@ -128,52 +135,56 @@ bool X11KeyInjector::isAvailable() {
            x_->hasExtension("XInputExtension");
 }
 
+bool X11KeyInjector::modifiersHeld() {
+    if (!x_) {
+        return false;
+    }
+    switch (activeChord()) {
+        case PasteChord::ctrlV:
+            return otherModifierDown(x_->display(), ControlMask);
+        case PasteChord::ctrlShiftV:
+            return otherModifierDown(x_->display(), ControlMask | ShiftMask);
+        case PasteChord::shiftInsertPrimary:
+            return otherModifierDown(x_->display(), ShiftMask);
+    }
+    return false;
+}
+
 std::optional<KeySequence> X11KeyInjector::pasteSequence() {
     if (!x_) {
         return std::nullopt;
     }
     Display* display = x_->display();
     const unsigned control = XKeysymToKeycode(display, XK_Control_L);
-    const unsigned v = XKeysymToKeycode(display, XK_v);
-    if (control == 0 || v == 0) {
-        return std::nullopt;
-    }
-    const Target target = activeTarget();
-    // A modifier the user still holds (the Alt of an Alt+digit, a Shift on
-    // its way to the next word) is let go first: Ctrl+Alt+V pastes nowhere.
-    // It is not pressed again afterwards, since by then the user may have
-    // let go of it, and a synthetic press would stay stuck.
-    KeySequence sequence;
-    for (unsigned code : heldModifierKeys(display)) {
-        sequence.push_back({code, false});
-    }
-    if (target == Target::application) {
-        sequence.insert(sequence.end(), {{control, true}, {v, true}, {v, false}, {control, false}});
-        return sequence;
-    }
     const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
-    if (shift == 0) {
-        return std::nullopt;
+    const unsigned v = XKeysymToKeycode(display, XK_v);
+    const unsigned insert = XKeysymToKeycode(display, XK_Insert);
+    switch (activeChord()) {
+        case PasteChord::ctrlV:
+            if (control == 0 || v == 0) {
+                return std::nullopt;
+            }
+            return KeySequence{{control, true}, {v, true}, {v, false}, {control, false}};
+        case PasteChord::ctrlShiftV:
+            if (control == 0 || shift == 0 || v == 0) {
+                return std::nullopt;
+            }
+            return KeySequence{{control, true}, {shift, true},  {v, true},
+                               {v, false},      {shift, false}, {control, false}};
+        case PasteChord::shiftInsertPrimary:
+            if (shift == 0 || insert == 0) {
+                return std::nullopt;
+            }
+            return KeySequence{{shift, true}, {insert, true}, {insert, false}, {shift, false}};
     }
-    if (target == Target::primaryTerminal) {
-        const unsigned insert = XKeysymToKeycode(display, XK_Insert);
-        if (insert == 0) {
-            return std::nullopt;
-        }
-        sequence.insert(sequence.end(),
-                        {{shift, true}, {insert, true}, {insert, false}, {shift, false}});
-        return sequence;
-    }
-    sequence.insert(
-        sequence.end(),
-        {{control, true}, {shift, true}, {v, true}, {v, false}, {shift, false}, {control, false}});
-    return sequence;
+    return std::nullopt;
 }
 
 void X11KeyInjector::post(const KeySequence& events) {
     if (!x_) {
         return;
     }
+    syntheticKeys_->expect(events);
     for (const KeyStroke& stroke : events) {
         XTestFakeKeyEvent(x_->display(), stroke.keycode, stroke.down ? True : False, CurrentTime);
     }

@@ -5,35 +5,43 @@
 
 #include "capture/key_injector.h"
 #include "capture/linux/x11_connection.h"
+#include "capture/linux/x_synthetic_keys.h"
 
 namespace tevra {
 
-// Synthetic keys through the XTest extension. The paste chord is Ctrl+V, or
-// Ctrl+Shift+V when the active window is a terminal, where Ctrl+V means
-// something else, or Shift+Insert with the primary selection for the
-// terminals that have no clipboard chord by default (xterm, rxvt).
+// Synthetic keys through the XTest extension. The paste chord depends on the
+// application that has the focus, named by its WM_CLASS (see pasteChordFor).
 class X11KeyInjector : public KeyInjector {
 public:
-    // x may be null: then nothing is available.
-    explicit X11KeyInjector(std::shared_ptr<X11Connection> x);
+    enum class PasteChord {
+        ctrlV,
+        ctrlShiftV,          // terminals, where Ctrl+V means something else
+        shiftInsertPrimary,  // xterm and the like, Emacs, gVim: Shift+Insert,
+                             // with the text in the primary selection too
+    };
+
+    // x may be null: then nothing is available. syntheticKeys hears of every
+    // stroke before it is sent, so that Tevra's keyboards can tell it apart.
+    explicit X11KeyInjector(std::shared_ptr<X11Connection> x,
+                            std::shared_ptr<XSyntheticKeys> syntheticKeys = {});
 
     // An X display with the XTest and XInput extensions.
     bool isAvailable() override;
     std::optional<KeySequence> pasteSequence() override;
     bool pasteReadsPrimary() override;
+    // Any modifier down on the core keyboard but those of the chord itself
+    // and the locks.
+    bool modifiersHeld() override;
     void post(const KeySequence& events) override;
 
-    // Whether a WM_CLASS instance or class names a terminal emulator.
-    static bool isTerminal(std::string_view wmClassPart);
-    // Whether it names a terminal that pastes the primary selection on
-    // Shift+Insert and the clipboard on no key at all.
-    static bool pastesPrimary(std::string_view wmClassPart);
+    // The paste chord of an application, by a WM_CLASS instance or class name.
+    static PasteChord pasteChordFor(std::string_view wmClassPart);
 
 private:
-    enum class Target { application, terminal, primaryTerminal };
-    Target activeTarget() const;
+    PasteChord activeChord() const;
 
     std::shared_ptr<X11Connection> x_;
+    std::shared_ptr<XSyntheticKeys> syntheticKeys_;
 };
 
 }  // namespace tevra

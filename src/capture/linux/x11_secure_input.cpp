@@ -15,14 +15,10 @@ bool X11SecureInput::isActive() {
 }
 
 bool X11SecureInput::passwordFieldFocused() {
-    if (!x_ || !focus_) {
+    if (!focus_) {
         return false;
     }
-    const X11Connection::Window active = x_->activeWindow();
-    if (active == 0) {
-        return false;
-    }
-    const auto element = focus_->focused(x_->pid(active), /*withText=*/false);
+    const auto element = focus_->focused(/*withText=*/false);
     return element && element->isPassword;
 }
 

@@ -6,6 +6,7 @@
 #include <X11/keysym.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "capture/key_symbols.h"
 #include "capture/linux/x_error_trap.h"
@@ -14,7 +15,10 @@ namespace tevra {
 
 namespace {
 
-constexpr const char* defaultTalkKey = "Control_R";
+// The X server's time stamps are milliseconds.
+double seconds(Time serverTime) {
+    return static_cast<double>(serverTime) / 1000.0;
+}
 
 bool hasXInput2(Display* display, int& opcode) {
     int event = 0;
@@ -32,12 +36,15 @@ bool hasXInput2(Display* display, int& opcode) {
 }  // namespace
 
 XKeyboard::XKeyboard(MainQueue& queue, std::string talkKey, LogLine log, std::string displayName,
-                     std::shared_ptr<OwnGrabs> ownGrabs)
+                     std::shared_ptr<OwnGrabs> ownGrabs,
+                     std::shared_ptr<XSyntheticKeys> syntheticKeys)
     : queue_(queue),
       talkKeyName_(std::move(talkKey)),
       log_(std::move(log)),
       displayName_(std::move(displayName)),
-      ownGrabs_(ownGrabs ? std::move(ownGrabs) : std::make_shared<OwnGrabs>()) {
+      ownGrabs_(ownGrabs ? std::move(ownGrabs) : std::make_shared<OwnGrabs>()),
+      syntheticKeys_(syntheticKeys ? std::move(syntheticKeys)
+                                   : std::make_shared<XSyntheticKeys>()) {
     known_.insert(KeySyms::chordKeys.begin(), KeySyms::chordKeys.end());
     known_.insert(KeySyms::escape);
 }
@@ -93,38 +100,103 @@ bool XKeyboard::inputControlAvailable() {
     return missing.empty();
 }
 
-bool XKeyboard::watchTalkKey(const std::vector<uint32_t>& chordKeys) {
+DesktopKeyboard::TalkKeyWatch XKeyboard::watchTalkKey(const std::vector<uint32_t>& chordKeys) {
     if (!display_ || xiOpcode_ < 0) {
-        return false;
+        return {};
     }
-    struct Outcome {
-        bool watching = false;
-        bool fellBack = false;
-    };
-    const Outcome outcome = display_->call([this, &chordKeys](Display* display) {
-        Outcome result;
+    TalkKeyWatch watch = display_->call([this, &chordKeys](Display* display) {
+        TalkKeyWatch result;
         talkKeysym_ = XStringToKeysym(talkKeyName_.c_str());
-        if (talkKeysym_ == NoSymbol || XKeysymToKeycode(display, talkKeysym_) == 0) {
-            talkKeysym_ = XStringToKeysym(defaultTalkKey);
-            result.fellBack = true;
+        if (talkKeysym_ == NoSymbol) {
+            result.problem =
+                "\"" + talkKeyName_ + "\" is not the name of a key (xev shows the names)";
+            return result;
+        }
+        if (XKeysymToKeycode(display, talkKeysym_) == 0) {
+            result.problem = "no key of this keyboard gives \"" + talkKeyName_ +
+                             "\" (a layout option such as compose:rctrl or grp:rctrl_toggle "
+                             "may have taken it)";
+            talkKeysym_ = NoSymbol;
+            return result;
         }
         chordKeys_ = chordKeys;
         known_.insert(chordKeys.begin(), chordKeys.end());
         readKeymap(display);
+        findXTestDevices(display);
+
+        // Which chord keys another client holds with the talk key, asked now
+        // so that the user hears of it at start rather than at the chord.
+        const Window root = DefaultRootWindow(display);
+        for (uint32_t keysym : chordKeys_) {
+            const KeyCode code = XKeysymToKeycode(display, keysym);
+            if (code == 0) {
+                continue;
+            }
+            if (grabAllVariants(display, code, talkMask_)) {
+                for (unsigned mask : lockVariants(talkMask_)) {
+                    XUngrabKey(display, code, mask, root);
+                }
+            } else {
+                result.heldElsewhere.push_back(chordName(keysym));
+                chordsReportedHeld_.insert(keysym);
+            }
+        }
 
         unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
         XISetMask(bits, XI_RawKeyPress);
         XISetMask(bits, XI_RawKeyRelease);
         XIEventMask mask{XIAllMasterDevices, static_cast<int>(sizeof bits), bits};
         XErrorTrap trap(display);
-        XISelectEvents(display, DefaultRootWindow(display), &mask, 1);
+        XISelectEvents(display, root, &mask, 1);
         result.watching = trap.sync() == 0;
         return result;
     });
-    if (outcome.fellBack && log_) {
-        log_("talk key \"" + talkKeyName_ + "\" is not a key here — using " + defaultTalkKey);
+    if (log_) {
+        if (!watch.problem.empty()) {
+            log_("talk key unavailable: " + watch.problem);
+        }
+        for (const std::string& chord : watch.heldElsewhere) {
+            log_("hotkey " + chord + " is held by another program");
+        }
     }
-    return outcome.watching;
+    return watch;
+}
+
+std::string XKeyboard::chordName(uint32_t keysym) const {
+    const char* name = XKeysymToString(keysym);
+    return talkKeyName_ + "+" + (name ? name : std::to_string(keysym));
+}
+
+bool XKeyboard::grabAllVariants(Display* display, unsigned code, unsigned mask) {
+    const Window root = DefaultRootWindow(display);
+    const auto variants = lockVariants(mask);
+    XErrorTrap trap(display);
+    for (unsigned variant : variants) {
+        XGrabKey(display, static_cast<int>(code), variant, root, False, GrabModeAsync,
+                 GrabModeAsync);
+    }
+    if (trap.sync() == 0) {
+        return true;
+    }
+    // Half a key is no key: give back the variants that were granted.
+    for (unsigned variant : variants) {
+        XUngrabKey(display, static_cast<int>(code), variant, root);
+    }
+    return false;
+}
+
+void XKeyboard::findXTestDevices(Display* display) {
+    xtestDevices_.clear();
+    int count = 0;
+    XIDeviceInfo* devices = XIQueryDevice(display, XIAllDevices, &count);
+    for (int i = 0; devices && i < count; ++i) {
+        // The server names each master's XTest slave "<master> XTEST keyboard".
+        const char* name = devices[i].name;
+        if (devices[i].use == XISlaveKeyboard && name && std::strstr(name, "XTEST keyboard")) {
+            xtestDevices_.insert(devices[i].deviceid);
+        }
+    }
+    XIFreeDeviceInfo(devices);
 }
 
 bool XKeyboard::grab(uint32_t keysym, Modifiers modifiers) {
@@ -138,20 +210,7 @@ bool XKeyboard::grab(uint32_t keysym, Modifiers modifiers) {
         }
         known_.insert(keysym);
         decoder_.setKeysym(code, keysym);
-        const Window root = DefaultRootWindow(display);
-        const auto variants = lockVariants(maskOf(modifiers));
-        XErrorTrap trap(display);
-        for (unsigned mask : variants) {
-            XGrabKey(display, code, mask, root, False, GrabModeAsync, GrabModeAsync);
-        }
-        if (trap.sync() == 0) {
-            return true;
-        }
-        // Half a key is no key: give back the variants that were granted.
-        for (unsigned mask : variants) {
-            XUngrabKey(display, code, mask, root);
-        }
-        return false;
+        return grabAllVariants(display, code, maskOf(modifiers));
     });
 }
 
@@ -176,14 +235,29 @@ void XKeyboard::close() {
     display_.reset();
     onEvent_ = nullptr;
     heldChords_.clear();
-    ownGrabs_->add(-static_cast<int>(grabbedDown_.size()));
-    grabbedDown_.clear();
+    setGrabbedDown({});
 }
 
 void XKeyboard::grabbedKey(uint8_t keycode, bool down) {
-    if (down ? grabbedDown_.insert(keycode).second : grabbedDown_.erase(keycode) > 0) {
-        ownGrabs_->add(down ? 1 : -1);
+    std::set<uint8_t> keys = grabbedDown_;
+    if (down) {
+        if (keys.empty()) {
+            grabActivator_ = keycode;
+        }
+        keys.insert(keycode);
+    } else if (keycode == grabActivator_) {
+        // The grab ends with the release of the key that made it active; the
+        // other keys' releases go to the application from now on.
+        keys.clear();
+    } else {
+        keys.erase(keycode);
     }
+    setGrabbedDown(std::move(keys));
+}
+
+void XKeyboard::setGrabbedDown(std::set<uint8_t> keys) {
+    grabbedDown_ = std::move(keys);
+    ownGrabs_->set(this, !grabbedDown_.empty());
 }
 
 void XKeyboard::onXEvent(Display* display, XEvent& event) {
@@ -193,12 +267,14 @@ void XKeyboard::onXEvent(Display* display, XEvent& event) {
             break;
         case KeyPress:
             grabbedKey(static_cast<uint8_t>(event.xkey.keycode), true);
-            deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), true));
+            deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), true,
+                                            seconds(event.xkey.time)));
             break;
         case KeyRelease:
             if (!isRepeatedRelease(display, event.xkey)) {
                 grabbedKey(static_cast<uint8_t>(event.xkey.keycode), false);
-                deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), false));
+                deliver(display, decoder_.taken(static_cast<uint8_t>(event.xkey.keycode), false,
+                                                seconds(event.xkey.time)));
             }
             break;
         case MappingNotify:
@@ -217,8 +293,14 @@ void XKeyboard::onRawKey(Display* display, XGenericEventCookie& cookie) {
     if (cookie.evtype == XI_RawKeyPress || cookie.evtype == XI_RawKeyRelease) {
         const auto* raw = static_cast<const XIRawEvent*>(cookie.data);
         const bool press = cookie.evtype == XI_RawKeyPress;
-        if (auto event = decoder_.observed(static_cast<uint8_t>(raw->detail), press)) {
-            deliver(display, *event);
+        const auto keycode = static_cast<uint8_t>(raw->detail);
+        // Tevra's own paste is not the user typing.
+        const bool ours =
+            xtestDevices_.contains(raw->sourceid) && syntheticKeys_->claim(keycode, press);
+        if (!ours) {
+            if (auto event = decoder_.observed(keycode, press, seconds(raw->time))) {
+                deliver(display, *event);
+            }
         }
     }
     XFreeEventData(display, &cookie);
@@ -255,23 +337,25 @@ void XKeyboard::holdChordKeys(Display* display, bool hold) {
             for (unsigned mask : lockVariants(talkMask_)) {
                 XUngrabKey(display, code, mask, root);
             }
+            decoder_.setChordKey(code, false);
         }
         heldChords_.clear();
+        XFlush(display);
         return;
     }
-    XErrorTrap trap(display);
     for (uint32_t keysym : chordKeys_) {
         const KeyCode code = XKeysymToKeycode(display, keysym);
         if (code == 0) {
             continue;
         }
-        heldChords_.push_back(code);
-        for (unsigned mask : lockVariants(talkMask_)) {
-            XGrabKey(display, code, mask, root, False, GrabModeAsync, GrabModeAsync);
+        if (grabAllVariants(display, code, talkMask_)) {
+            heldChords_.push_back(code);
+            decoder_.setChordKey(code, true);
+        } else if (chordsReportedHeld_.insert(keysym).second && log_) {
+            // A chord another program holds with this modifier stays with it.
+            log_("hotkey " + chordName(keysym) + " is held by another program");
         }
     }
-    // A chord another program holds with this modifier stays with it and passes.
-    trap.sync();
 }
 
 void XKeyboard::readKeymap(Display* display) {

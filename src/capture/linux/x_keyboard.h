@@ -13,6 +13,7 @@
 #include "capture/key_event_decoder.h"
 #include "capture/linux/x_display_thread.h"
 #include "capture/linux/x_own_grabs.h"
+#include "capture/linux/x_synthetic_keys.h"
 
 namespace tevra {
 
@@ -25,7 +26,8 @@ namespace tevra {
 // while the talk key is down, with the talk key's own modifier; the other
 // keys with their modifier, each also with CapsLock and NumLock on. A key
 // another client already holds is refused by the server (BadAccess), and
-// grab() says so.
+// grab() says so. Keys that Tevra itself sends through XTest (the paste) are
+// not the user's and make no event.
 //
 // All X work runs on the display's own thread; events are posted to the main
 // queue in the order the server sent them.
@@ -33,17 +35,19 @@ class XKeyboard : public DesktopKeyboard {
 public:
     using OwnGrabs = XOwnGrabs;
 
-    // talkKey is an X key symbol name such as "Control_R"; an unknown name
-    // falls back to Control_R. An empty displayName means $DISPLAY.
+    // talkKey is an X key symbol name such as "Control_R". An empty
+    // displayName means $DISPLAY. ownGrabs and syntheticKeys are shared with
+    // the secure-input test and the key injector of the same display.
     XKeyboard(MainQueue& queue, std::string talkKey = "Control_R", LogLine log = {},
-              std::string displayName = {}, std::shared_ptr<OwnGrabs> ownGrabs = {});
+              std::string displayName = {}, std::shared_ptr<OwnGrabs> ownGrabs = {},
+              std::shared_ptr<XSyntheticKeys> syntheticKeys = {});
     ~XKeyboard() override;
 
     bool open(EventHandler onEvent) override;
     // An X display with XTest and XInput2 (2.1 or later, for raw events that
     // arrive whoever holds the keyboard).
     bool inputControlAvailable() override;
-    bool watchTalkKey(const std::vector<uint32_t>& chordKeys) override;
+    TalkKeyWatch watchTalkKey(const std::vector<uint32_t>& chordKeys) override;
     bool grab(uint32_t keysym, Modifiers modifiers) override;
     void ungrab(uint32_t keysym, Modifiers modifiers) override;
     void close() override;
@@ -55,11 +59,17 @@ private:
     void deliver(Display* display, const Event& event);
     bool isRepeatedRelease(Display* display, const XKeyEvent& release);
     void readKeymap(Display* display);
+    void findXTestDevices(Display* display);
     void holdChordKeys(Display* display, bool hold);
+    // Grabs code with every lock variant of mask; false (and nothing held)
+    // when another client has any of them.
+    bool grabAllVariants(Display* display, unsigned code, unsigned mask);
+    std::string chordName(uint32_t keysym) const;
     std::vector<unsigned> lockVariants(unsigned mask) const;
     unsigned maskOf(Modifiers modifiers) const;
     void post(const Event& event);
     void grabbedKey(uint8_t keycode, bool down);
+    void setGrabbedDown(std::set<uint8_t> keys);
 
     MainQueue& queue_;
     const std::string talkKeyName_;
@@ -77,9 +87,16 @@ private:
     // Key symbols whose key codes the decoder must know, whatever the layout.
     std::set<uint32_t> known_;
     std::vector<uint32_t> chordKeys_;
-    std::vector<KeyCode> heldChords_;  // grabbed while the talk key is down
+    std::vector<KeyCode> heldChords_;        // grabbed while the talk key is down
+    std::set<uint32_t> chordsReportedHeld_;  // logged once each
     std::shared_ptr<OwnGrabs> ownGrabs_;
-    std::set<uint8_t> grabbedDown_;  // counted in ownGrabs_
+    std::shared_ptr<XSyntheticKeys> syntheticKeys_;
+    std::set<int> xtestDevices_;  // where XTest's strokes come from
+    // Keys down through one of this keyboard's grabs, and the one whose press
+    // made the grab active: its release ends the grab, and with it every
+    // other key's claim to come here.
+    std::set<uint8_t> grabbedDown_;
+    uint8_t grabActivator_ = 0;
 };
 
 }  // namespace tevra

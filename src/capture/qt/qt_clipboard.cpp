@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QString>
+#include <utility>
 
 namespace tevra {
 namespace {
@@ -20,8 +21,9 @@ bool isDerivedFormat(const QString& format) {
 
 }  // namespace
 
-QtClipboard::QtClipboard()
+QtClipboard::QtClipboard(std::shared_ptr<ClipboardReader> reader)
     : clipboard_(QGuiApplication::clipboard()),
+      reader_(std::move(reader)),
       changes_(std::make_shared<std::atomic<std::int64_t>>(0)) {
     // Qt hears of other owners through XFixes selection events, and of its own
     // changes directly: both arrive here.
@@ -54,6 +56,41 @@ ClipboardSnapshot QtClipboard::snapshot() {
         return {};
     }
     return {std::move(item)};
+}
+
+std::shared_ptr<QtClipboard::Read> QtClipboard::startRead() {
+    auto read = std::make_shared<Read>();
+    read->atChange = changeCount();
+    reader_->read([read](ClipboardSnapshot snapshot) {
+        read->done = true;
+        read->snapshot = std::move(snapshot);
+        for (auto& done : std::exchange(read->waiting, {})) {
+            done(read->snapshot);
+        }
+    });
+    return read;
+}
+
+void QtClipboard::prefetch() {
+    if (reader_ && (!read_ || read_->atChange != changeCount())) {
+        read_ = startRead();
+    }
+}
+
+void QtClipboard::snapshotLater(std::function<void(ClipboardSnapshot)> done) {
+    if (!reader_) {
+        done(snapshot());
+        return;
+    }
+    // What was read ahead serves only if the clipboard has not changed since.
+    if (!read_ || read_->atChange != changeCount()) {
+        read_ = startRead();
+    }
+    if (read_->done) {
+        done(read_->snapshot);
+    } else {
+        read_->waiting.push_back(std::move(done));
+    }
 }
 
 void QtClipboard::setText(std::string_view text, bool transient) {

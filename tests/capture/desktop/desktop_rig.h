@@ -12,6 +12,7 @@
 #include "app/qt/qt_main_queue.h"
 #include "capture/context_reader.h"
 #include "capture/linux/atspi_focus.h"
+#include "capture/linux/x11_clipboard_reader.h"
 #include "capture/linux/x11_connection.h"
 #include "capture/linux/x11_focus_probe.h"
 #include "capture/linux/x11_key_injector.h"
@@ -26,15 +27,16 @@ namespace tevra::testing {
 // The program's capture services as the application wires them, on the test
 // display, starting from an empty clipboard.
 struct DesktopRig {
-    std::shared_ptr<X11Connection> x = X11Connection::open();
-    std::shared_ptr<AtspiFocus> focus = std::make_shared<AtspiFocus>();
-    std::shared_ptr<QtClipboard> clipboard = std::make_shared<QtClipboard>();
-    std::shared_ptr<X11KeyInjector> keys = std::make_shared<X11KeyInjector>(x);
-    std::shared_ptr<X11SecureInput> secure = std::make_shared<X11SecureInput>(x, focus);
-    std::shared_ptr<X11FocusProbe> probe = std::make_shared<X11FocusProbe>(x, focus);
     // Owns the queue's timers: a restore still due when a test ends dies with it.
     QObject timers;
     QtMainQueue queue{&timers};
+    std::shared_ptr<X11Connection> x = X11Connection::open();
+    std::shared_ptr<AtspiFocus> focus = std::make_shared<AtspiFocus>();
+    std::shared_ptr<QtClipboard> clipboard =
+        std::make_shared<QtClipboard>(std::make_shared<X11ClipboardReader>(queue));
+    std::shared_ptr<X11KeyInjector> keys = std::make_shared<X11KeyInjector>(x);
+    std::shared_ptr<X11SecureInput> secure = std::make_shared<X11SecureInput>(x, focus);
+    std::shared_ptr<X11FocusProbe> probe = std::make_shared<X11FocusProbe>(x, focus);
     TextInserter inserter{queue, clipboard, keys, secure};
     ContextReader reader{probe};
 

@@ -14,6 +14,7 @@ import argparse
 import base64
 import json
 import os
+import subprocess
 import sys
 
 import gi
@@ -50,6 +51,12 @@ class Peer:
         self.window.connect("notify::is-active", self.check_ready)
         self.field.connect("focus-in-event", self.check_ready)
         self.window.show_all()
+        if args.sandboxed:
+            # As in a Flatpak: the window names a process id that is not the
+            # one that publishes the accessible tree.
+            xid = self.window.get_window().get_xid()
+            subprocess.run(["xprop", "-id", str(xid), "-f", "_NET_WM_PID", "32c", "-set",
+                            "_NET_WM_PID", "2"], check=True)
         self.field.grab_focus()
         GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, self.on_command)
 
@@ -126,6 +133,8 @@ def main():
     parser.add_argument("--text", default="", help="what the field holds at the start")
     parser.add_argument("--password", action="store_true", help="a password field")
     parser.add_argument("--textview", action="store_true", help="a multi-line text view")
+    parser.add_argument("--sandboxed", action="store_true",
+                        help="a window whose _NET_WM_PID is not this process")
     args = parser.parse_args()
     GLib.set_prgname(args.wm_class.lower())
     Gdk.set_program_class(args.wm_class)

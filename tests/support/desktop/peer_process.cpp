@@ -31,6 +31,9 @@ PeerProcess::PeerProcess(const Options& options) : title_(options.title) {
     if (options.textview) {
         args << "--textview";
     }
+    if (options.sandboxed) {
+        args << "--sandboxed";
+    }
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     QObject::connect(&process_, &QProcess::readyReadStandardOutput, [this] { readLines(); });
     process_.start("/usr/bin/python3", args);

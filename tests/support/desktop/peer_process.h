@@ -21,6 +21,7 @@ public:
         std::string text = "";
         bool password = false;
         bool textview = false;
+        bool sandboxed = false;  // its window names another process, as in a Flatpak
     };
 
     explicit PeerProcess(const Options& options);
