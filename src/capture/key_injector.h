@@ -28,6 +28,9 @@ public:
     // Whether that chord pastes the primary selection rather than the
     // clipboard, as Shift+Insert does in xterm.
     virtual bool pasteReadsPrimary() = 0;
+    // The events of the copy chord for the focused application, or nullopt
+    // when they cannot be made.
+    virtual std::optional<KeySequence> copySequence() = 0;
     // Posts the events in order.
     virtual void post(const KeySequence& events) = 0;
 };

@@ -97,6 +97,7 @@ public:
     bool canMakeEvents = true;
     bool readsPrimary = false;
     KeySequence chord = {{37, true}, {55, true}, {55, false}, {37, false}};
+    KeySequence copyChord = {{37, true}, {54, true}, {54, false}, {37, false}};
     std::vector<KeySequence> posted;
 
     bool isAvailable() override { return available; }
@@ -108,6 +109,13 @@ public:
         return chord;
     }
     bool pasteReadsPrimary() override { return readsPrimary; }
+    std::optional<KeySequence> copySequence() override {
+        journal_->add("copySequence");
+        if (!canMakeEvents) {
+            return std::nullopt;
+        }
+        return copyChord;
+    }
     void post(const KeySequence& events) override {
         journal_->add("post");
         posted.push_back(events);

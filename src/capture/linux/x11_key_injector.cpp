@@ -170,6 +170,35 @@ std::optional<KeySequence> X11KeyInjector::pasteSequence() {
     return sequence;
 }
 
+std::optional<KeySequence> X11KeyInjector::copySequence() {
+    if (!x_) {
+        return std::nullopt;
+    }
+    Display* display = x_->display();
+    const unsigned control = XKeysymToKeycode(display, XK_Control_L);
+    const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
+    const unsigned c = XKeysymToKeycode(display, XK_c);
+    if (control == 0 || shift == 0 || c == 0) {
+        return std::nullopt;
+    }
+    // Held modifiers go first, as for the paste: Ctrl+Alt+C copies nothing.
+    KeySequence sequence;
+    for (unsigned code : heldModifierKeys(display)) {
+        sequence.push_back({code, false});
+    }
+    if (activeTarget() == Target::application) {
+        sequence.insert(sequence.end(), {{control, true}, {c, true}, {c, false}, {control, false}});
+    } else {
+        sequence.insert(sequence.end(), {{control, true},
+                                         {shift, true},
+                                         {c, true},
+                                         {c, false},
+                                         {shift, false},
+                                         {control, false}});
+    }
+    return sequence;
+}
+
 void X11KeyInjector::post(const KeySequence& events) {
     if (!x_) {
         return;

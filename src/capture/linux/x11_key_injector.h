@@ -11,7 +11,8 @@ namespace tevra {
 // Synthetic keys through the XTest extension. The paste chord is Ctrl+V, or
 // Ctrl+Shift+V when the active window is a terminal, where Ctrl+V means
 // something else, or Shift+Insert with the primary selection for the
-// terminals that have no clipboard chord by default (xterm, rxvt).
+// terminals that have no clipboard chord by default (xterm, rxvt). The copy
+// chord is Ctrl+C, and Ctrl+Shift+C in every terminal.
 class X11KeyInjector : public KeyInjector {
 public:
     // x may be null: then nothing is available.
@@ -21,6 +22,7 @@ public:
     bool isAvailable() override;
     std::optional<KeySequence> pasteSequence() override;
     bool pasteReadsPrimary() override;
+    std::optional<KeySequence> copySequence() override;
     void post(const KeySequence& events) override;
 
     // Whether a WM_CLASS instance or class names a terminal emulator.

@@ -71,6 +71,10 @@ void QtClipboard::setPrimaryText(std::string_view text) {
 }
 
 void QtClipboard::restore(const ClipboardSnapshot& snapshot) {
+    if (snapshot.empty()) {
+        clipboard_->clear(QClipboard::Clipboard);
+        return;
+    }
     auto* data = new QMimeData;
     for (const ClipboardItem& item : snapshot) {
         for (const auto& [type, bytes] : item.formats) {
