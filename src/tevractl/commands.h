@@ -20,6 +20,7 @@ int translate(WeftRuntime& runtime, const Args& args, std::ostream& out, std::os
 int history(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int stats(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int keys(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
+int ocr(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 
 // Help texts, printed for --help and after a usage error.
 extern const char* const kUsage;

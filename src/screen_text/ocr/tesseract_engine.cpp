@@ -84,10 +84,13 @@ std::vector<TesseractEngine::Line> TesseractEngine::recognise(const GreyImage& i
                                                               PixelRect area,
                                                               std::stop_token stop) {
     omp_set_max_active_levels(0);
-    api_->SetImage(image.pixels.data(), image.width, image.height, 1, image.width);
+    // The area as a picture of its own: Tesseract's SetRectangle feeds its
+    // line recogniser rows from elsewhere in the picture.
+    const std::uint8_t* origin =
+        image.pixels.data() + static_cast<std::size_t>(area.top) * image.width + area.left;
+    api_->SetImage(origin, area.width, area.height, 1, image.width);
     // A screen: about 96 dots per inch.
     api_->SetSourceResolution(96);
-    api_->SetRectangle(area.left, area.top, area.width, area.height);
     tesseract::ETEXT_DESC monitor;
     monitor.cancel = cancelled;
     monitor.cancel_this = &stop;
@@ -120,7 +123,8 @@ std::vector<TesseractEngine::Line> TesseractEngine::recognise(const GreyImage& i
         }
         std::string token = text::trim(word.get());
         if (!token.empty()) {
-            pieces.push_back({std::move(token), {left, top, right - left, bottom - top}});
+            pieces.push_back(
+                {std::move(token), {area.left + left, area.top + top, right - left, bottom - top}});
         }
     } while (it->Next(tesseract::RIL_WORD));
     closeLine();
