@@ -92,7 +92,9 @@ std::optional<std::string> QtClipboard::text() {
     if (!data || !data->hasText()) {
         return std::nullopt;
     }
-    return data->text().toStdString();
+    // GTK serves text/plain with the line ends of that MIME type, CR LF; the
+    // text the user selected had plain line feeds.
+    return data->text().replace(QStringLiteral("\r\n"), QStringLiteral("\n")).toStdString();
 }
 
 std::int64_t QtClipboard::changeCount() {

@@ -41,6 +41,13 @@ GreyImage toGrey(const ScreenImage& image) {
 }
 
 std::optional<ScreenImage> readImageFile(const std::filesystem::path& file) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) {
+        return std::nullopt;
+    }
+    // Leptonica's complaints about a file that is no picture go to stderr;
+    // the caller says it better.
+    setMsgSeverity(L_SEVERITY_NONE);
     Pix* read = pixRead(file.c_str());
     if (read == nullptr) {
         return std::nullopt;

@@ -30,6 +30,9 @@ public:
     }
     void close() override {
         if (window_) {
+            if (current == window_) {
+                current.clear();
+            }
             window_->view()->onFinish = nullptr;
             window_->release();
             window_->deleteLater();
