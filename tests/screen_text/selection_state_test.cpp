@@ -7,7 +7,6 @@ namespace tevra {
 namespace {
 
 using ::testing::ElementsAre;
-using Key = SelectionState::Key;
 
 // A 1000 x 500 view. The left window holds two lines, the right one a line
 // level with the first; the panel covers x 740 to 1000.
@@ -75,12 +74,8 @@ TEST(SelectionState, ClicksTakeLinesAndDragsTakeTheRangeInReadingOrder) {
     }
 }
 
-TEST(SelectionState, PanelRowsKeysAndHover) {
+TEST(SelectionState, PanelRowsAndHover) {
     SelectionState state(1000, 500, page(), kWindows);
-    EXPECT_EQ(state.keyDown(Key::returnKey), SelectionState::KeyResult::copy);
-    EXPECT_EQ(state.keyDown(Key::keypadEnter), SelectionState::KeyResult::copy);
-    EXPECT_EQ(state.keyDown(Key::escape), SelectionState::KeyResult::cancel);
-    EXPECT_EQ(state.keyDown(Key::other), SelectionState::KeyResult::ignored);
     EXPECT_EQ(state.copiedText(), "") << "Return with nothing picked copies nothing";
 
     pick(state, {{"alpha", nullptr},

@@ -48,8 +48,6 @@ class ScriptedWordRecognizer : public WordRecognizer {
 public:
     std::vector<OCRWord> words;
     std::optional<std::string> error;
-    // Regions whose reading fails.
-    std::function<bool(const std::optional<Rect>&)> failsFor = [](const auto&) { return false; };
     std::vector<std::optional<Rect>> regions;
     std::atomic<int> releases{0};
 
@@ -59,8 +57,8 @@ public:
             std::lock_guard lock(mutex_);
             regions.push_back(region);
         }
-        if (error || failsFor(region)) {
-            throw MessageError(error.value_or("strip failed"));
+        if (error) {
+            throw MessageError(*error);
         }
         return words;
     }

@@ -61,20 +61,6 @@ private:
     QWidget window_;
 };
 
-// Writes the whole screen as it is where TEVRA_TEST_SCREENSHOTS points, if it does.
-inline void keepRawScreen() {
-    const QByteArray dir = qgetenv("TEVRA_TEST_SCREENSHOTS");
-    const auto screen = QtScreenSource().screenUnderPointer();
-    if (dir.isEmpty() || !screen) {
-        return;
-    }
-    const ScreenImage image = X11ScreenGrabber().capture(*screen);
-    const std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    QImage(reinterpret_cast<const uchar*>(image.pixels.data()), image.width, image.height,
-           QImage::Format_RGB32)
-        .save(QString::fromUtf8(dir) + "/" + QString::fromStdString(name) + "-screen.png");
-}
-
 // The selection tool as the program makes it, on the test display.
 struct SelectionRig {
     std::shared_ptr<X11Connection> x = X11Connection::open();
@@ -107,7 +93,6 @@ struct SelectionRig {
 
     // Starts the tool and waits until its words can be picked.
     SelectionView* startAndWaitForWords() {
-        keepRawScreen();
         controller->toggle();
         const bool ready = waitUntil(
             [] {
