@@ -10,6 +10,9 @@ namespace tevra {
 
 void AppDelegate::applicationDidFinishLaunching() {
     runtime_ = services_.makeRuntime();
+    if (const auto& notice = runtime_->storeNotice()) {
+        log(*notice);
+    }
     services_.chime->setEnabled(runtime_->settings().soundCues);
 
     std::weak_ptr<AppDelegate> weak = weak_from_this();

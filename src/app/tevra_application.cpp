@@ -103,6 +103,9 @@ void TevraApplication::greet() const {
                     *name == "fn-tap" ? runtime.settings().talkKey.c_str() : "Alt+1", log.c_str());
     }
     std::fflush(stdout);
+    if (const auto& notice = runtime.storeNotice()) {
+        std::fprintf(stderr, "tevra: %s.\n", notice->c_str());
+    }
     if (!runtime.hasCloudSTT()) {
         Log::write(kNoSpeechKey);
         std::fprintf(stderr, "tevra: %s.\n", kNoSpeechKey);

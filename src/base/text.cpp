@@ -160,6 +160,23 @@ std::string capitalizeFirst(std::string_view s) {
     return toUtf8(head) + toUtf8(u.tempSubString(firstEnd));
 }
 
+std::string blankNonAlphanumerics(std::string_view s) {
+    constexpr uint32_t kKept = U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK;
+    std::string out;
+    out.reserve(s.size());
+    const auto len = static_cast<int32_t>(s.size());
+    for (int32_t i = 0; i < len;) {
+        const int32_t start = i;
+        const UChar32 c = nextScalar(s, i);
+        if (c == ' ' || (U_GET_GC_MASK(c) & kKept) != 0) {
+            out.append(s.substr(static_cast<size_t>(start), static_cast<size_t>(i - start)));
+        } else {
+            out.push_back(' ');
+        }
+    }
+    return out;
+}
+
 std::size_t countSpaceSeparated(std::string_view s) {
     std::size_t count = 0;
     bool inPiece = false;

@@ -31,6 +31,10 @@ std::string nfc(std::string_view s);
 // The first character upper-cased, the rest unchanged.
 std::string capitalizeFirst(std::string_view s);
 
+// Every Unicode scalar that is neither a letter, a mark, a digit nor U+0020
+// becomes U+0020: "call the bank!" gives "call the bank ".
+std::string blankNonAlphanumerics(std::string_view s);
+
 // Pieces between U+0020 characters, empty pieces not counted. Line breaks do
 // not separate.
 std::size_t countSpaceSeparated(std::string_view s);

@@ -30,4 +30,12 @@ public:
     virtual bool erase(std::string_view account) = 0;
 };
 
+// No secure store at all: nothing stored, nothing taken.
+class NoSecretStore : public SecretStore {
+public:
+    std::optional<std::string> lookup(std::string_view) override { return std::nullopt; }
+    bool store(std::string_view, std::string_view) override { return false; }
+    bool erase(std::string_view) override { return true; }
+};
+
 }  // namespace tevra

@@ -7,7 +7,9 @@
 #include "base/iso8601.h"
 #include "base/secure_file.h"
 #include "core/credentials.h"
+#include "store/database_files.h"
 #include "store/history_store.h"
+#include "store/store_open_error.h"
 
 namespace tevra {
 
@@ -18,24 +20,40 @@ WeftRuntime::WeftRuntime(std::filesystem::path dataDir, bool fetchKeys,
       pipelineBuilder_(std::move(buildPipeline)) {
     SecureFile::ensureSecureDir(dataDir_);
     settings_ = WeftSettings::load(dataDir_);
-    try {
-        store_ = std::make_shared<HistoryStore>((dataDir_ / "weft.sqlite").string());
-        store_->seedDefaultsIfEmpty();
-    } catch (const std::exception&) {
-        store_.reset();  // dictation goes on without history
-    }
+    openStore();
     if (fetchKeys) {
         fetchCredentials();
     }
     pipeline_ = pipelineBuilder_(settings_, keys_, store_, proxyToken_);
 }
 
-void WeftRuntime::fetchCredentials() {
-    if (!secrets_) {
-        return;
+void WeftRuntime::openStore() {
+    const auto path = dataDir_ / "weft.sqlite";
+    try {
+        try {
+            store_ = std::make_shared<HistoryStore>(path.string());
+        } catch (const StoreDamagedError& e) {
+            // Never deleted, and never in the way of a history from now on.
+            const auto aside = DatabaseFiles::moveAside(path, std::chrono::system_clock::now());
+            storeNotice_ = "the history database was damaged (" + e.reason() +
+                           "); it was moved to " + aside.string() + " and a fresh one started";
+            store_ = std::make_shared<HistoryStore>(path.string());
+        }
+        store_->seedDefaultsIfEmpty();
+    } catch (const std::exception& e) {
+        store_.reset();  // dictation goes on without history
+        storeNotice_ = (storeNotice_ ? *storeNotice_ + ", but " : std::string()) +
+                       "the history database could not be opened (" + describe(e) +
+                       "); going on without history";
     }
-    keys_ = Credentials::fetch(*secrets_);
-    proxyToken_ = Credentials::proxyToken(*secrets_);
+}
+
+void WeftRuntime::fetchCredentials() {
+    // Without a keyring the environment still counts: it comes first anyway.
+    static NoSecretStore none;
+    SecretStore& store = secrets_ ? *secrets_ : none;
+    keys_ = Credentials::fetch(store);
+    proxyToken_ = Credentials::proxyToken(store);
 }
 
 void WeftRuntime::reload() {

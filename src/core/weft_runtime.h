@@ -34,9 +34,9 @@ public:
         const WeftSettings&, const ProviderKeys&, std::shared_ptr<PipelineStore>,
         const std::optional<std::string>& proxyToken)>;
 
-    // secrets: the keyring; with fetchKeys false it is never asked and the keys
-    // stay empty. buildPipeline: the backends of the settings by default; a
-    // program that brings its own backends passes its own.
+    // secrets: the keyring, or null for none (the environment still counts);
+    // with fetchKeys false neither is asked and the keys stay empty. buildPipeline: the backends of
+    // the settings by default; a program that brings its own backends passes its own.
     WeftRuntime(std::filesystem::path dataDir, bool fetchKeys, std::shared_ptr<SecretStore> secrets,
                 PipelineBuilder buildPipeline = WeftRuntime::buildPipeline);
 
@@ -46,6 +46,10 @@ public:
     const ProviderKeys& keys() const { return keys_; }
     const std::optional<std::string>& proxyToken() const { return proxyToken_; }
     std::shared_ptr<const Pipeline> pipeline() const { return pipeline_; }
+    // What became of the history database at start when it did not simply
+    // open, as a sentence for the log and the terminal: a damaged one moved
+    // aside (and where to), or none at all.
+    const std::optional<std::string>& storeNotice() const { return storeNotice_; }
 
     // Re-reads the settings and rebuilds the pipeline; credentials stay.
     void reload();
@@ -77,12 +81,14 @@ public:
         std::shared_ptr<PipelineStore> store, const std::optional<std::string>& proxyToken);
 
 private:
+    void openStore();
     void fetchCredentials();
 
     std::filesystem::path dataDir_;
     std::shared_ptr<SecretStore> secrets_;
     WeftSettings settings_;
     std::shared_ptr<HistoryStore> store_;
+    std::optional<std::string> storeNotice_;
     ProviderKeys keys_;
     std::optional<std::string> proxyToken_;
     PipelineBuilder pipelineBuilder_;

@@ -33,7 +33,15 @@ WeftSettings WeftSettings::load(const fs::path& dir) {
         if (in.bad()) {
             return {};
         }
-        const nlohmann::json json = nlohmann::json::parse(text.str(), nullptr, false);
+        return fromJSONText(text.str());
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+WeftSettings WeftSettings::fromJSONText(std::string_view text) {
+    try {
+        const nlohmann::json json = nlohmann::json::parse(text, nullptr, false);
         if (json.is_discarded()) {
             return {};
         }

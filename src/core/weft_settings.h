@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/deployment.h"
@@ -64,6 +65,8 @@ struct WeftSettings {
     // Reads settings.json in dir. Never fails: a missing, unreadable or corrupt
     // file, or one wrong type at any key, gives all defaults.
     static WeftSettings load(const std::filesystem::path& dir);
+    // The settings in the text of a settings.json, with the same leniency.
+    static WeftSettings fromJSONText(std::string_view text);
     // Writes settings.json in dir atomically, owner-only. A failure leaves the
     // old file as it was and is reported nowhere.
     void save(const std::filesystem::path& dir) const;

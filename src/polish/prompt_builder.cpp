@@ -166,8 +166,8 @@ void appendLists(std::string& out, const std::vector<std::string>& dictionary,
         }
     }
 
-    ListWriter expansions(
-        out, "\n\nSnippets — when a trigger phrase is spoken alone, expand it: ", "; ");
+    ListWriter expansions{
+        out, "\n\nSnippets — when a trigger phrase is spoken alone, expand it: ", "; "};
     for (const auto& snippet : snippets) {
         appendQuotedPair(expansions.next(), snippet.trigger, snippet.expansion);
     }

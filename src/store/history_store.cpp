@@ -6,42 +6,14 @@
 #include <filesystem>
 
 #include "base/secure_file.h"
+#include "store/database_files.h"
 #include "store/sqlite_database.h"
 #include "store/store_open_error.h"
+#include "store/store_schema.h"
 
 namespace tevra {
 
 namespace {
-
-// Run in this order at every start. There is no schema version: a column is
-// added by one more ALTER TABLE behind its table's CREATE TABLE, and once the
-// column exists SQLite refuses the statement on every later start, which is
-// ignored on purpose.
-const char* const kSchema[] = {
-    "PRAGMA journal_mode=WAL",
-    "CREATE TABLE IF NOT EXISTS history(\n"
-    "  id INTEGER PRIMARY KEY AUTOINCREMENT, ts REAL, app TEXT, raw TEXT, polished TEXT,\n"
-    "  language TEXT, duration_ms INT, stt_ms INT, polish_ms INT, insert_ms INT,\n"
-    "  words INT, stt_backend TEXT, polish_backend TEXT)",
-    "CREATE INDEX IF NOT EXISTS idx_history_ts ON history(ts DESC)",
-    "CREATE TABLE IF NOT EXISTS dictionary(id INTEGER PRIMARY KEY AUTOINCREMENT, phrase TEXT "
-    "UNIQUE)",
-    "CREATE TABLE IF NOT EXISTS replacements(id INTEGER PRIMARY KEY AUTOINCREMENT, from_text "
-    "TEXT, to_text TEXT, is_regex INT DEFAULT 0)",
-    "CREATE TABLE IF NOT EXISTS snippets(id INTEGER PRIMARY KEY AUTOINCREMENT, trigger TEXT "
-    "UNIQUE, expansion TEXT)",
-    "CREATE TABLE IF NOT EXISTS tone_profiles(id INTEGER PRIMARY KEY AUTOINCREMENT, "
-    "bundle_pattern TEXT UNIQUE, tone TEXT)",
-    "ALTER TABLE tone_profiles ADD COLUMN match_kind TEXT DEFAULT 'app'",
-    "CREATE TABLE IF NOT EXISTS modes(\n"
-    "  slot INTEGER PRIMARY KEY, name TEXT, instructions TEXT, output_language TEXT,\n"
-    "  signature TEXT, is_screenshot INT DEFAULT 0, enabled INT DEFAULT 1)",
-    "ALTER TABLE modes ADD COLUMN is_command INT DEFAULT 0",
-    "CREATE TABLE IF NOT EXISTS sessions(\n"
-    "  id INTEGER PRIMARY KEY AUTOINCREMENT, started_at REAL, ended_at REAL,\n"
-    "  app_name TEXT, title TEXT, transcript_json TEXT, items_json TEXT)",
-    "CREATE INDEX IF NOT EXISTS idx_sessions_started ON sessions(started_at DESC)",
-};
 
 const std::string kInsertHistory =
     "INSERT INTO history(ts,app,raw,polished,language,duration_ms,stt_ms,polish_ms,\n"
@@ -75,11 +47,23 @@ HistoryStore::HistoryStore(const std::string& dbPath, WallClock wallClock)
     : db_(std::make_unique<SqliteDatabase>("weft.historystore")),
       wallClock_(wallClock ? std::move(wallClock) : WallClock(HistoryRow::currentTimestamp)) {
     createParentDirectory(dbPath);
-    if (!db_->open(dbPath, kSchema[0])) {
-        throw StoreOpenError(dbPath);
+    if (DatabaseFiles::isForeign(dbPath)) {
+        throw StoreDamagedError(dbPath, "not a database");
     }
-    for (size_t i = 1; i < std::size(kSchema); ++i) {
-        db_->exec(kSchema[i]);
+    switch (db_->open(dbPath, StoreSchema::first())) {
+        case SQLITE_OK:
+            break;
+        case SQLITE_NOTADB:
+        case SQLITE_CORRUPT:
+            throw StoreDamagedError(dbPath, "not a database");
+        default:
+            throw StoreOpenError(dbPath);
+    }
+    if (const auto fault = StoreSchema::apply(*db_)) {
+        if (fault->damaged) {
+            throw StoreDamagedError(dbPath, fault->reason);
+        }
+        throw StoreOpenError(dbPath);
     }
     SecureFile::lockDownFile(dbPath);
     SecureFile::lockDownFile(dbPath + "-wal");
@@ -89,21 +73,28 @@ HistoryStore::HistoryStore(const std::string& dbPath, WallClock wallClock)
 HistoryStore::~HistoryStore() = default;
 
 void HistoryStore::add(const HistoryRow& row) {
+    const std::vector<SqlValue> values = {
+        row.ts,         row.app,          row.raw,      row.polished, sqlText(row.language),
+        row.durationMs, row.sttMs,        row.polishMs, row.insertMs, row.words,
+        row.sttBackend, row.polishBackend};
+    // The insert, then the prune whatever the insert's step did, but not for a
+    // row never prepared.
+    auto insertAndPrune = [&] {
+        if (db_->run(kInsertHistory, values)) {
+            db_->exec(kPruneHistory);
+        }
+    };
     db_->sync([&](sqlite3* handle) {
         // One transaction for the row and the prune: one write to disk, not two.
         const bool inTransaction =
             sqlite3_exec(handle, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
-        const bool prepared =
-            db_->run(kInsertHistory, {row.ts, row.app, row.raw, row.polished, sqlText(row.language),
-                                      row.durationMs, row.sttMs, row.polishMs, row.insertMs,
-                                      row.words, row.sttBackend, row.polishBackend});
-        // The prune runs whatever the insert's step did, but not for a row never prepared.
-        if (prepared) {
-            db_->exec(kPruneHistory);
-        }
+        insertAndPrune();
         if (inTransaction &&
             sqlite3_exec(handle, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
-            sqlite3_exec(handle, "ROLLBACK", nullptr, nullptr, nullptr);  // as a failed step
+            // The rollback takes the row with it: write it again on its own,
+            // as separate statements would have, each committing alone.
+            sqlite3_exec(handle, "ROLLBACK", nullptr, nullptr, nullptr);
+            insertAndPrune();
         }
     });
 }

@@ -14,10 +14,12 @@
 #include "store/history_row.h"
 #include "store/insights.h"
 #include "store/pipeline_store.h"
+#include "store/session_records.h"
 
 namespace tevra {
 
 class SqliteDatabase;
+class SqliteStatement;
 
 struct HistoryStats {
     int64_t dictations = 0;
@@ -44,8 +46,10 @@ public:
 
     // Creates the parent directory, opens or creates the file, brings the
     // schema up to date and makes the file and its WAL companions owner-only.
-    // Throws StoreOpenError when the file cannot be opened or is not a
-    // database, and the file-system error when the directory cannot be made.
+    // Throws StoreDamagedError when what is there is not a database or its
+    // tables cannot be brought up to date, StoreOpenError when the file cannot
+    // be opened now (a directory, no permission, busy), and the file-system
+    // error when the directory cannot be made.
     explicit HistoryStore(const std::string& dbPath, WallClock wallClock = {});
     ~HistoryStore() override;
     HistoryStore(const HistoryStore&) = delete;
@@ -100,7 +104,17 @@ public:
     std::vector<DayActivity> dailyActivity(int64_t days) const;  // ending today, oldest first
     ActivityStreaks activityStreaks() const;
 
+    // The notetaker's sessions, kept to the newest maxSessions by startedAt.
+    // saveSession ignores the session's id and returns the new one, or 0 when
+    // nothing was written. A stored array that no longer decodes reads as
+    // empty, so a damaged session still lists with its other fields.
+    int64_t saveSession(const NoteSession& session);
+    std::vector<NoteSession> recentSessions(int64_t limit) const;  // newest first
+    std::optional<NoteSession> session(int64_t id) const;
+    void deleteSession(int64_t id);
+
 private:
+    static NoteSession sessionRow(const SqliteStatement& statement);
     Activity::DayCounts localDayCounts() const;
     LocalDays::Day today() const;
 

@@ -10,7 +10,7 @@ SqliteDatabase::~SqliteDatabase() {
     queue_.sync([this] { sqlite3_close(handle_); });
 }
 
-bool SqliteDatabase::open(const std::string& path, const std::string& firstStatement) {
+int SqliteDatabase::open(const std::string& path, const std::string& firstStatement) {
     return queue_.sync([&] {
         sqlite3* handle = nullptr;
         const bool opened = sqlite3_open(path.c_str(), &handle) == SQLITE_OK;
@@ -19,15 +19,16 @@ bool SqliteDatabase::open(const std::string& path, const std::string& firstState
                    : SQLITE_CANTOPEN;
         if (!opened || first == SQLITE_NOTADB || first == SQLITE_CORRUPT) {
             sqlite3_close(handle);
-            return false;
+            return opened ? first : SQLITE_CANTOPEN;
         }
         handle_ = handle;
-        return true;
+        return SQLITE_OK;
     });
 }
 
-void SqliteDatabase::exec(const std::string& sql) const {
-    queue_.sync([&] { sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, nullptr); });
+int SqliteDatabase::exec(const std::string& sql) const {
+    return queue_.sync(
+        [&] { return sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, nullptr); });
 }
 
 bool SqliteDatabase::run(const std::string& sql, const std::vector<SqlValue>& args) const {

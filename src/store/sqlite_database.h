@@ -12,7 +12,7 @@ namespace tevra {
 
 // The store's database handle and the one serial queue that may touch it.
 // Every operation runs synchronously on that queue, so any thread may call it;
-// none reports a failure but open().
+// only open() and exec() report how it went.
 class SqliteDatabase {
 public:
     using TextRow = std::vector<std::string>;
@@ -24,9 +24,10 @@ public:
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
     // Opens or creates the file and runs firstStatement, the first that
-    // touches the file (SQLite opens lazily). False when the file cannot be
-    // opened or is not a database; the handle is then closed again.
-    bool open(const std::string& path, const std::string& firstStatement);
+    // touches the file (SQLite opens lazily). SQLITE_OK when it is open;
+    // otherwise SQLITE_CANTOPEN when the file cannot be opened, SQLITE_NOTADB or
+    // SQLITE_CORRUPT when it is not a database, and the handle is closed again.
+    int open(const std::string& path, const std::string& firstStatement);
 
     // Runs work(handle) on the queue and returns its result.
     template <typename F>
@@ -34,7 +35,8 @@ public:
         return queue_.sync([&] { return work(handle_); });
     }
 
-    void exec(const std::string& sql) const;
+    // The SQLite result code, which most callers ignore on purpose.
+    int exec(const std::string& sql) const;
     // Binds, steps once and finalizes; false when the statement did not prepare.
     bool run(const std::string& sql, const std::vector<SqlValue>& args) const;
     // Every row as `columns` texts, NULL as "".

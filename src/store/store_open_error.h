@@ -21,4 +21,17 @@ private:
     std::string path_;
 };
 
+// What is there is no database, or its tables cannot be brought up to date:
+// the file will not open on a later try either.
+class StoreDamagedError : public StoreOpenError {
+public:
+    StoreDamagedError(std::string path, std::string reason)
+        : StoreOpenError(std::move(path)), reason_(std::move(reason)) {}
+
+    const std::string& reason() const { return reason_; }
+
+private:
+    std::string reason_;
+};
+
 }  // namespace tevra

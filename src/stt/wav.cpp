@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 namespace tevra::WAV {
 namespace {
@@ -29,12 +28,11 @@ void putU16(ByteBuffer& out, uint16_t v) {
 }  // namespace
 
 ByteBuffer data(std::span<const int16_t> samples, int64_t sampleRate) {
-    constexpr uint64_t kMax = std::numeric_limits<uint32_t>::max();
     const uint64_t n = samples.size();
-    if (2 * n + 36 > kMax) {
+    if (n > maxSamples) {
         fail("sample count");
     }
-    if (sampleRate < 0 || static_cast<uint64_t>(sampleRate) * 2 > kMax) {
+    if (sampleRate < 0 || sampleRate > maxSampleRate) {
         fail("sample rate");
     }
     const auto dataBytes = static_cast<uint32_t>(2 * n);

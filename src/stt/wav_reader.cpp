@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "stt/wav.h"
+
 namespace tevra::WAV {
 namespace {
 
@@ -62,10 +64,19 @@ std::variant<PCM16, std::string> readPCM16(std::string_view bytes) {
             if (pcm.channels < 1 || pcm.sampleRate < 1) {
                 return std::string("the WAV file has no channels or no sample rate");
             }
+            // What is read is written again (to the speech service, or to keep
+            // a failed recording), so it must fit the header of the encoder.
+            if (pcm.sampleRate > maxSampleRate) {
+                return "the WAV file's sample rate of " + std::to_string(pcm.sampleRate) +
+                       " Hz is too high";
+            }
             // A recorder that was cut off may leave a size larger than the file.
             const size_t dataBytes = std::min(size, available);
             const size_t frameBytes = 2 * static_cast<size_t>(pcm.channels);
             const size_t frames = dataBytes / frameBytes;
+            if (frames > maxSamples) {
+                return std::string("the WAV file is too long");
+            }
             pcm.samples.resize(frames);
             for (size_t i = 0; i < frames; ++i) {
                 pcm.samples[i] = static_cast<int16_t>(u16(bytes, body + i * frameBytes));

@@ -15,7 +15,8 @@ struct PCM16 {
 };
 
 // Reads a RIFF/WAVE image of 16-bit PCM at any rate and channel count, keeping
-// the first channel. Anything else gives a sentence saying what is wrong.
+// the first channel, at a rate and length that WAV::data can write again.
+// Anything else gives a sentence saying what is wrong.
 std::variant<PCM16, std::string> readPCM16(std::string_view bytes);
 
 }  // namespace tevra::WAV

@@ -3,10 +3,8 @@
 #include <ctime>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <set>
 #include <sstream>
 
 #include "core/pipeline.h"
@@ -16,62 +14,9 @@
 #include "store/insights_format.h"
 #include "stt/wav.h"
 #include "stt/wav_reader.h"
+#include "tevractl/options.h"
 
 namespace tevra::ctl {
-namespace {
-
-struct UsageError {
-    std::string message;
-};
-
-// Options of the form --name VALUE or --flag, and the positional rest.
-struct Parsed {
-    std::vector<std::string> positional;
-    std::map<std::string, std::string> values;
-    std::set<std::string> flags;
-};
-
-Parsed parse(const Args& args, const std::set<std::string>& valueOptions,
-             const std::set<std::string>& flagOptions) {
-    Parsed parsed;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (valueOptions.contains(a)) {
-            if (i + 1 >= args.size()) {
-                throw UsageError{a + " needs a value"};
-            }
-            parsed.values[a] = args[++i];
-        } else if (flagOptions.contains(a)) {
-            parsed.flags.insert(a);
-        } else if (a.size() > 1 && a[0] == '-' && a != "-") {
-            throw UsageError{"unknown option " + a};
-        } else {
-            parsed.positional.push_back(a);
-        }
-    }
-    return parsed;
-}
-
-int64_t parseNumber(const std::string& option, const std::string& text) {
-    try {
-        size_t used = 0;
-        const long long value = std::stoll(text, &used);
-        if (used == text.size() && value >= 0) {
-            return value;
-        }
-    } catch (const std::exception&) {
-    }
-    throw UsageError{option + " takes a whole number, not \"" + text + "\""};
-}
-
-bool wantsHelp(const Args& args) {
-    for (const auto& a : args) {
-        if (a == "--help" || a == "-h") {
-            return true;
-        }
-    }
-    return false;
-}
 
 int usage(const std::string& command, const std::string& message, std::ostream& err) {
     err << "tevractl " << command << ": " << message << "\n\n" << helpFor(command);
@@ -86,6 +31,15 @@ std::optional<std::string> readFile(const std::string& path) {
     std::ostringstream bytes;
     bytes << in.rdbuf();
     return bytes.str();
+}
+
+namespace {
+
+// The same error and status in every output form, so that a script can tell a
+// missing history from an empty one.
+int noDatabase(const std::string& command, std::ostream& err) {
+    err << "tevractl " << command << ": the history database could not be opened\n";
+    return 1;
 }
 
 // The enabled voice in a slot: from the store, or the built-in table without one.
@@ -108,20 +62,6 @@ std::string localTime(double ts) {
     char text[32];
     std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &tm);
     return text;
-}
-
-template <typename Command>
-int guarded(const std::string& name, const Args& args, std::ostream& out, std::ostream& err,
-            Command command) {
-    if (wantsHelp(args)) {
-        out << helpFor(name);
-        return 0;
-    }
-    try {
-        return command();
-    } catch (const UsageError& e) {
-        return usage(name, e.message, err);
-    }
 }
 
 }  // namespace
@@ -202,8 +142,10 @@ int history(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostr
         }
         const int64_t limit =
             p.values.contains("--limit") ? parseNumber("--limit", p.values.at("--limit")) : 20;
-        const auto rows =
-            runtime.store() ? runtime.store()->recent(limit) : std::vector<HistoryRow>{};
+        if (!runtime.store()) {
+            return noDatabase("history", err);
+        }
+        const auto rows = runtime.store()->recent(limit);
         if (p.flags.contains("--json")) {
             nlohmann::ordered_json list = nlohmann::ordered_json::array();
             for (const auto& r : rows) {
@@ -225,10 +167,6 @@ int history(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostr
             out << list.dump(2) << "\n";
             return 0;
         }
-        if (!runtime.store()) {
-            err << "tevractl history: the history database could not be opened\n";
-            return 1;
-        }
         for (const auto& r : rows) {
             out << localTime(r.ts) << "  " << r.app << "  " << r.words << " words  " << r.sttBackend
                 << " / " << r.polishBackend << "\n  " << r.polished << "\n";
@@ -244,9 +182,12 @@ int stats(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostrea
             throw UsageError{"unexpected argument " + p.positional[0]};
         }
         const auto& store = runtime.store();
-        const InsightsSummary summary = store ? store->insightsSummary() : InsightsSummary{};
-        const ActivityStreaks streaks = store ? store->activityStreaks() : ActivityStreaks{};
-        const auto apps = store ? store->perAppUsage(10) : std::vector<AppUsage>{};
+        if (!store) {
+            return noDatabase("stats", err);
+        }
+        const InsightsSummary summary = store->insightsSummary();
+        const ActivityStreaks streaks = store->activityStreaks();
+        const auto apps = store->perAppUsage(10);
         if (p.flags.contains("--json")) {
             nlohmann::ordered_json perApp = nlohmann::ordered_json::array();
             for (const auto& a : apps) {

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <iosfwd>
+#include <ostream>
 #include <string>
-#include <vector>
+
+#include "tevractl/options.h"
 
 namespace tevra {
 class WeftRuntime;
@@ -13,17 +14,34 @@ class WeftRuntime;
 // 0 success, 1 the work failed, 2 the command line or the input was wrong.
 namespace tevra::ctl {
 
-using Args = std::vector<std::string>;
-
 int dictate(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int translate(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int history(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int stats(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int keys(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
+// notes process | list | show | delete
+int notes(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int ocr(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 
 // Help texts, printed for --help and after a usage error.
 extern const char* const kUsage;
 std::string helpFor(const std::string& command);  // empty for an unknown command
+
+// Runs a command's body: its help for --help, and for a UsageError the
+// message, the help and status 2.
+template <typename Command>
+int guarded(const std::string& name, const Args& args, std::ostream& out, std::ostream& err,
+            Command command) {
+    if (wantsHelp(args)) {
+        out << helpFor(name);
+        return 0;
+    }
+    try {
+        return command();
+    } catch (const UsageError& e) {
+        err << "tevractl " << name << ": " << e.message << "\n\n" << helpFor(name);
+        return 2;
+    }
+}
 
 }  // namespace tevra::ctl

@@ -16,6 +16,7 @@ const char* const kUsage =
     "  history [--limit N] [--json]     the latest dictations\n"
     "  stats [--json]                   words, speed, streaks and the applications used\n"
     "  keys                             which service keys are present\n"
+    "  notes process|list|show|delete   sessions of the notetaker, from recordings\n"
     "  ocr IMAGE [--words] [--json]     read the text off a picture\n"
     "\n"
     "Run `tevractl COMMAND --help` for one command.\n";
@@ -36,21 +37,50 @@ std::string helpFor(const std::string& command) {
          "usage: tevractl translate TEXT [--to CODE]\n"
          "\n"
          "Translates TEXT into the language CODE (default: the translateTarget setting)\n"
-         "and prints the translation.\n"},
+         "and prints the translation. A TEXT that begins with a dash is taken as it is\n"
+         "(\"-5 °C today\"); after -- anything is TEXT, even --to.\n"},
         {"history",
          "usage: tevractl history [--limit N] [--json]\n"
          "\n"
          "Prints the latest N dictations (default 20), newest first; with --json, one\n"
-         "JSON array.\n"},
+         "JSON array.\n"
+         "\n"
+         "exit status: 0 done (an empty history too), 1 the history database could not be\n"
+         "opened, 2 a wrong command line\n"},
         {"stats",
          "usage: tevractl stats [--json]\n"
          "\n"
          "Prints the insights: words, dictations, speaking speed, fixes, latency, time\n"
-         "saved, the day streaks and the applications used most; with --json, one object.\n"},
+         "saved, the day streaks and the applications used most; with --json, one object.\n"
+         "\n"
+         "exit status: 0 done, 1 the history database could not be opened, 2 a wrong\n"
+         "command line\n"},
         {"keys",
          "usage: tevractl keys\n"
          "\n"
          "Prints which service keys were found, in the environment or the keyring.\n"},
+        {"notes",
+         "usage: tevractl notes process --mic ME.wav [--system THEM.wav] [--app NAME]\n"
+         "                              [--started ISO-8601] [--json]\n"
+         "       tevractl notes list [--limit N] [--json]\n"
+         "       tevractl notes show ID [--json | --transcript]\n"
+         "       tevractl notes delete ID\n"
+         "\n"
+         "process turns the two sides of a call, your microphone and the other party\n"
+         "(16-bit PCM WAV files, any sample rate, the first channel), into a saved session\n"
+         "exactly as Tevra does after a call: a speaker-labelled transcript, then the\n"
+         "tasks, events and notes a language model finds in it. It prints the session and\n"
+         "its id; --json prints the session's complete JSON form. --app names the call's\n"
+         "application (default \"Notes\"); --started is when the call began (default: it\n"
+         "ended just now), as 2026-07-05T14:03:00+02:00, or without the offset for local\n"
+         "time. A part that fails is said on stderr and the session is saved without it.\n"
+         "\n"
+         "list prints the latest N sessions (default 50), newest first, one per line: id,\n"
+         "title, when, how long, what it holds. show prints one session; --transcript\n"
+         "prints exactly what \"Copy transcript\" copies. delete removes one.\n"
+         "\n"
+         "exit status: 0 done, 1 the work failed (no database, no such session, or a part\n"
+         "of process failed), 2 a wrong command line or a file that is not such a WAV\n"},
         {"ocr",
          "usage: tevractl ocr IMAGE [--words] [--json]\n"
          "\n"

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <map>
 
+#include "base/log.h"
 #include "core/linux/libsecret_store.h"
 #include "core/weft_runtime.h"
 #include "core/weft_settings.h"
@@ -19,7 +20,8 @@ int main(int argc, char** argv) {
     using Command = int (*)(WeftRuntime&, const ctl::Args&, std::ostream&, std::ostream&);
     static const std::map<std::string, Command> commands = {
         {"dictate", ctl::dictate}, {"translate", ctl::translate}, {"history", ctl::history},
-        {"stats", ctl::stats},     {"keys", ctl::keys},           {"ocr", ctl::ocr},
+        {"stats", ctl::stats},     {"keys", ctl::keys},           {"notes", ctl::notes},
+        {"ocr", ctl::ocr},
     };
     const auto it = commands.find(all[0]);
     if (it == commands.end()) {
@@ -27,13 +29,17 @@ int main(int argc, char** argv) {
         return 2;
     }
     const ctl::Args args(all.begin() + 1, all.end());
-    for (const auto& a : args) {
-        if (a == "--help" || a == "-h") {
-            std::cout << ctl::helpFor(all[0]);
-            return 0;
-        }
+    if (ctl::wantsHelp(args)) {
+        std::cout << ctl::helpFor(all[0]);
+        return 0;
     }
     WeftRuntime runtime(WeftSettings::defaultDir(), /*fetchKeys=*/true,
                         std::make_shared<LibsecretStore>());
+    if (const auto& notice = runtime.storeNotice()) {
+        // The log keeps it for later; the terminal says it now.
+        Log::write(*notice);
+        Log::flush();
+        std::cerr << "tevractl: " << *notice << ".\n";
+    }
     return it->second(runtime, args, std::cout, std::cerr);
 }

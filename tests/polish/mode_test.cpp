@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "polish/golden.h"
 #include "polish/mode_defaults.h"
 #include "polish/voice.h"
 
@@ -10,19 +11,22 @@ namespace {
 
 TEST(ModeDefaults, SeedsSixEnabledVoicesWithTheirSummaries) {
     struct Row {
-        std::string name, outputLanguage, signature, summary;
+        std::string name, instructions, outputLanguage, signature, summary;
         bool isScreenshot, isCommand;
     };
     const Row expected[] = {
-        {"Dictate", "", "", "Cleans up your speech into text, verbatim.", false, false},
-        {"Command", "", "", "Does what you tell it and types the result.", false, true},
-        {"Email", "", "signs-off", "Formats your speech as an email, signed with your signature.",
-         false, false},
-        {"Formal message — 中文", "zh", "signs-off", "Rewrites formally in Simplified Chinese.",
-         false, false},
-        {"Formal message", "", "signs-off", "Rewrites formally in the chosen language.", false,
+        {"Dictate", "0_dictate.txt", "", "", "Cleans up your speech into text, verbatim.", false,
          false},
-        {"Screenshot → text", "", "", "Reads text from a screen region.", true, false},
+        {"Command", "1_command.txt", "", "", "Does what you tell it and types the result.", false,
+         true},
+        {"Email", "2_email.txt", "", "signs-off",
+         "Formats your speech as an email, signed with your signature.", false, false},
+        {"Formal message — 中文", "3_formal_chinese.txt", "zh", "signs-off",
+         "Rewrites formally in Simplified Chinese.", false, false},
+        {"Formal message", "4_formal.txt", "", "signs-off",
+         "Rewrites formally in the chosen language.", false, false},
+        {"Screenshot → text", "5_screenshot.txt", "", "", "Reads text from a screen region.", true,
+         false},
     };
     const auto seed = ModeDefaults::seed();
     ASSERT_EQ(seed.size(), std::size(expected));
@@ -30,7 +34,7 @@ TEST(ModeDefaults, SeedsSixEnabledVoicesWithTheirSummaries) {
         const Row& row = expected[i];
         const Mode want{.slot = static_cast<std::int64_t>(i),
                         .name = row.name,
-                        .instructions = seed[i].instructions,
+                        .instructions = testing::golden("voices/" + row.instructions),
                         .outputLanguage = row.outputLanguage,
                         .signature = row.signature,
                         .isScreenshot = row.isScreenshot,
@@ -38,9 +42,8 @@ TEST(ModeDefaults, SeedsSixEnabledVoicesWithTheirSummaries) {
                         .enabled = true};
         EXPECT_EQ(seed[i], want) << row.name;
         EXPECT_EQ(seed[i].summary(), row.summary);
-        EXPECT_FALSE(seed[i].instructions.empty());
     }
-    EXPECT_EQ(seed[4].instructions, ModeDefaults::formalInstructions);
+    EXPECT_EQ(ModeDefaults::formalInstructions, testing::golden("voices/4_formal.txt"));
     EXPECT_EQ(Voice::signOffMarker, "signs-off");
 }
 
@@ -50,8 +53,7 @@ TEST(Mode, SummaryTakesTheFirstRuleThatApplies) {
     mode.isScreenshot = mode.isCommand = true;
     EXPECT_EQ(mode.summary(), "Reads text from a screen region.");
 
-    Mode commandOnSlotZero = ModeDefaults::seed()[1];
-    commandOnSlotZero.slot = 0;
+    Mode commandOnSlotZero{.slot = 0, .name = "Command", .instructions = "x", .isCommand = true};
     EXPECT_EQ(commandOnSlotZero.summary(), "Does what you tell it and types the result.");
 
     // The language is named through the translation table, in any case.

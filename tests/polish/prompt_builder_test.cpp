@@ -2,29 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
+#include "polish/golden.h"
 #include "polish/mode_defaults.h"
 
 namespace tevra {
 namespace {
 
-// Golden files hold the expected prompt exactly, plus the one line feed that
-// ends every text file.
-std::string golden(const std::string& name) {
-    const auto path = std::filesystem::path(TEVRA_TESTS_DIR) / "polish" / "golden" / name;
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file.good()) << "missing golden file " << path;
-    std::ostringstream content;
-    content << file.rdbuf();
-    std::string text = content.str();
-    if (text.ends_with('\n')) {
-        text.pop_back();
-    }
-    return text;
-}
+using testing::golden;
 
 Mode seedMode(std::size_t slot, std::string outputLanguage = "") {
     Mode mode = ModeDefaults::seed().at(slot);

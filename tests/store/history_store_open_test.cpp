@@ -96,12 +96,14 @@ TEST(HistoryStoreOpen, WhatCannotHoldADatabaseThrowsAndIsLeftAsItWas) {
     const std::string corrupt = (dir / "weft.sqlite").string();
     std::ofstream(corrupt, std::ios::binary) << garbage;
 
-    for (const std::string& path : {directory, corrupt}) {
+    // Only a file that is there and is no database counts as damaged.
+    for (const auto& [path, damaged] : {std::pair{directory, false}, std::pair{corrupt, true}}) {
         try {
             HistoryStore store(path);
             ADD_FAILURE() << "opened " << path;
         } catch (const StoreOpenError& e) {
             EXPECT_EQ(e.description(), "cannot open " + path);
+            EXPECT_EQ(dynamic_cast<const StoreDamagedError*>(&e) != nullptr, damaged) << path;
         }
     }
     EXPECT_EQ(testing::readFile(corrupt), garbage);

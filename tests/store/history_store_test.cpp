@@ -6,6 +6,7 @@
 
 #include "core/pipeline.h"
 #include "polish/mode_defaults.h"
+#include "store/failing_wal_vfs.h"
 #include "store/raw_database.h"
 #include "support/recording_backends.h"
 #include "support/temp_dir.h"
@@ -106,6 +107,23 @@ TEST_F(HistoryStoreTest, ThePipelineReadsItsRulesAndWritesItsRowsHereFromAnyThre
     EXPECT_EQ(rows[0].raw, "teh cat sat");
     EXPECT_EQ(rows[0].polished, "The cat sat") << "the rules used the stored replacement";
     EXPECT_EQ(shared->dictionary().size(), 20u);
+}
+
+TEST(HistoryStoreWrites, ARowAndItsPruneShareOneFlushAndAFailedCommitKeepsTheRow) {
+    testing::FailingWalVfs disk;
+    testing::TempDir dir;
+    HistoryStore store((dir / "weft.sqlite").string());
+    store.add(HistoryRow{.ts = 1, .app = "first"});
+    disk.walSyncs = 0;
+    store.add(HistoryRow{.ts = 2, .app = "second"});
+    EXPECT_EQ(disk.walSyncs, 1);
+
+    disk.failWrites = 1;
+    store.add(HistoryRow{.ts = 3, .app = "written when the disk failed"});
+    EXPECT_LE(disk.failWrites, 0) << "the commit did not meet the failing write";
+    const auto rows = store.recent(-1);
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows[0].app, "written when the disk failed");
 }
 
 TEST_F(HistoryStoreTest, VocabularyKeepsItsOrderAndUniqueness) {

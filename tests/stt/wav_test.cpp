@@ -71,14 +71,16 @@ TEST(WAVReader, ReadsTheFirstChannelPastOtherChunksAndATooLargeDataSize) {
 
 TEST(WAVReader, RefusesWhatItCannotRead) {
     const std::string good = bytes(WAV::data(Samples{1, 2}, 8000));
-    std::string eightBit = good, floatFormat = good;
+    std::string eightBit = good, floatFormat = good, tooFast = good;
     eightBit[34] = 8;
     floatFormat[20] = 3;
+    putU32(tooFast, 24, 0x80000000u);  // a rate whose byte rate no header can hold
     const std::pair<std::string, std::string> cases[] = {
         {"hello", "not a WAV file (no RIFF/WAVE header)"},
         {eightBit, "the WAV file has 8-bit samples; 16-bit PCM is needed"},
         {floatFormat, "the WAV file is not PCM (format 3)"},
         {good.substr(0, 36), "the WAV file has no data chunk"},
+        {tooFast, "the WAV file's sample rate of 2147483648 Hz is too high"},
     };
     for (const auto& [file, error] : cases) {
         EXPECT_EQ(errorOf(WAV::readPCM16(file)), error);

@@ -154,9 +154,8 @@ TEST_F(WhisperAPITranscriberTest, EveryOtherAnswerFailsWithItsText) {
 
 TEST_F(WhisperAPITranscriberTest, ASilentServerOrARefusedConnectionIsATransportError) {
     answer({200, R"({"text":"late"})", std::chrono::seconds(20)});
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_THROW(client(1.0).transcribe(wav, std::nullopt), HttpTransportError);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
+    // The client's own time-out, not the server's answer 20 s later.
+    EXPECT_EQ(failure(client(1.0)), "The request timed out.");
 
     const WhisperAPITranscriber nobody(
         "openai", "http://127.0.0.1:" + std::to_string(LoopbackServer::closedPort()), "k", "m");

@@ -4,11 +4,14 @@
 #include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -58,6 +61,20 @@ std::vector<std::string> serverEnvironment(const std::string& directory) {
     environment.push_back("PULSE_RUNTIME_PATH=" + directory);
     environment.push_back("PULSE_STATE_PATH=" + directory + "/state");
     return environment;
+}
+
+bool acceptsConnections(const std::string& path) {
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) {
+        return false;
+    }
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path, sizeof(address.sun_path), "%s", path.c_str());
+    const bool accepted =
+        connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    close(fd);
+    return accepted;
 }
 
 std::string setupScript(PulseTestServer::Microphone microphone, int rate, int channels,
@@ -178,7 +195,9 @@ void PulseTestServer::shutDown() {
 void PulseTestServer::waitUntilListening() {
     const std::string socket = directory_ + "/native";
     const auto deadline = std::chrono::steady_clock::now() + kStartDeadline;
-    while (!fs::exists(socket)) {
+    // The file appears when the server binds it, a moment before it listens:
+    // only a connection that is accepted says the server is ready.
+    while (!acceptsConnections(socket)) {
         int status = 0;
         if (waitpid(pid_, &status, WNOHANG) == pid_) {
             pid_ = -1;
@@ -187,8 +206,8 @@ void PulseTestServer::waitUntilListening() {
         if (std::chrono::steady_clock::now() > deadline) {
             throw std::runtime_error("pulseaudio did not start listening in time:\n" + serverLog());
         }
-        // The socket's appearance has no event to wait on short of inotify;
-        // this poll ends as soon as it is there.
+        // A socket's readiness has no event to wait on; this poll ends as
+        // soon as the server accepts.
         usleep(2000);
     }
 }

@@ -294,7 +294,21 @@ TEST_F(DictationSystemTest, TheAltSchemeDictatesToo) {
 }
 
 TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTakesEffect) {
+    // A damaged history on the way: moved aside, and said where, in the log and the terminal.
+    std::ofstream(dataDir() / "weft.sqlite") << std::string(1024, '#');
     startTevra();
+    const std::string movedTo = "it was moved to " + (dataDir() / "weft.sqlite.damaged-").string();
+    EXPECT_THAT(log(), HasSubstr(movedTo));
+    std::string terminal;
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            terminal += tevra.readAllStandardError().toStdString();
+            return terminal.find("tevra: the history database was damaged") != std::string::npos;
+        },
+        10))
+        << terminal;
+    EXPECT_THAT(terminal, HasSubstr(movedTo));
+
     const auto second = testing::runProcess({TEVRA_PATH});
     EXPECT_EQ(second.exitCode, 1);
     EXPECT_THAT(second.err, HasSubstr("Tevra is already running on display"));

@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "store/history_store.h"
 #include "stt/wav.h"
@@ -31,7 +32,9 @@ protected:
             res.set_content(R"({"text":"hello from the command line"})", "application/json");
         });
         service.server().Post(
-            "/v1/chat/completions", [](const httplib::Request&, httplib::Response& res) {
+            "/v1/chat/completions", [this](const httplib::Request& req, httplib::Response& res) {
+                std::lock_guard lock(chatMutex);
+                chatRequest = nlohmann::json::parse(req.body, nullptr, false);
                 res.set_content(
                     R"({"choices":[{"message":{"content":"Hello from the command line!"}}]})",
                     "application/json");
@@ -72,6 +75,8 @@ protected:
     testing::LoopbackServer service;
     std::atomic<int> speechStatus{200};
     std::string speechBytes;
+    std::mutex chatMutex;
+    nlohmann::json chatRequest;
 };
 
 TEST_F(TevractlTest, DictatesAFileAndKeepsItInHistory) {
@@ -85,7 +90,7 @@ TEST_F(TevractlTest, DictatesAFileAndKeepsItInHistory) {
     EXPECT_EQ(rows[0].app, "tevractl");
     EXPECT_EQ(rows[0].raw, "hello from the command line");
     EXPECT_EQ(rows[0].sttBackend, "kestrum");
-    EXPECT_THAT(rows[0].polishBackend, StartsWith("mode:"));
+    EXPECT_EQ(rows[0].polishBackend, "mode:Dictate");
     EXPECT_EQ(rows[0].durationMs, 1000);
 
     const auto history = tevractl({"history", "--json"});
@@ -120,12 +125,25 @@ TEST_F(TevractlTest, WrongInputIsRefusedWithExitStatusTwo) {
     EXPECT_EQ(notWav.exitCode, 2);
     EXPECT_THAT(notWav.err, HasSubstr("not a WAV file"));
 
-    const auto silentSlot = tevractl({"dictate", writeSpeech(), "--mode", "9"});
-    EXPECT_EQ(silentSlot.exitCode, 2);
-    EXPECT_THAT(silentSlot.err, HasSubstr("no enabled voice in slot 9"));
+    // A header whose sample rate no WAV file of ours can carry.
+    const std::string speech = writeSpeech();
+    std::string tooFast = speechBytes;
+    tooFast.replace(24, 4, std::string("\0\0\0\x80", 4));
+    std::ofstream(home / "fast.wav", std::ios::binary) << tooFast;
 
-    EXPECT_EQ(tevractl({"history", "--limit", "many"}).exitCode, 2);
-    EXPECT_EQ(tevractl({"frobnicate"}).exitCode, 2);
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"dictate", speech, "--mode", "9"}, "no enabled voice in slot 9"},
+        {{"dictate", (home / "fast.wav").string()}, "sample rate of 2147483648 Hz is too high"},
+        {{"history", "--limit", "many"}, "--limit takes a whole number"},
+        {{"history", "--jsn"}, "unknown option --jsn"},
+        {{"translate", "a", "b"}, "give the text to translate as one argument"},
+        {{"frobnicate"}, "unknown command"},
+    };
+    for (const auto& [args, error] : cases) {
+        const auto run = tevractl(args);
+        EXPECT_EQ(run.exitCode, 2) << args[0];
+        EXPECT_THAT(run.err, HasSubstr(error));
+    }
     const auto help = tevractl({"dictate", "--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_THAT(help.out, StartsWith("usage: tevractl dictate"));
@@ -136,6 +154,18 @@ TEST_F(TevractlTest, TranslatesAndReportsKeys) {
     ASSERT_EQ(translated.exitCode, 0) << translated.err;
     EXPECT_EQ(translated.out, "Hello from the command line!\n");
 
+    // A text that begins with a dash is text; after "--" anything is.
+    for (const auto& [args, text] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+             {{"translate", "-5 °C today", "--to", "de"}, "-5 °C today"},
+             {{"translate", "--to", "de", "--", "--help"}, "--help"},
+             {{"translate", "--to=de", "-3"}, "-3"}}) {
+        const auto run = tevractl(args);
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        std::lock_guard lock(chatMutex);
+        EXPECT_THAT(chatRequest["messages"][1]["content"].get<std::string>(), HasSubstr(text));
+        EXPECT_THAT(chatRequest["messages"][0]["content"].get<std::string>(), HasSubstr("German"));
+    }
+
     const auto blank = tevractl({"translate", "   "});
     EXPECT_EQ(blank.exitCode, 1);
     EXPECT_EQ(blank.err, "transcription came back empty\n");
@@ -144,6 +174,32 @@ TEST_F(TevractlTest, TranslatesAndReportsKeys) {
     EXPECT_EQ(keys.exitCode, 0);
     EXPECT_THAT(keys.out,
                 StartsWith("fireworks: \u2013  deepinfra: \u2013  groq: \u2713  openai: \u2013\n"));
+}
+
+TEST_F(TevractlTest, AHistoryThatCannotBeOpenedIsAnErrorInEveryForm) {
+    std::filesystem::create_directories(dataDir() / "weft.sqlite" / "inside");
+    for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+             {"history"}, {"history", "--json"}, {"stats"}, {"stats", "--json"}}) {
+        const auto run = tevractl(args);
+        EXPECT_EQ(run.exitCode, 1) << args.size();
+        EXPECT_EQ(run.out, "");
+        EXPECT_THAT(run.err, ::testing::EndsWith("tevractl " + args[0] +
+                                                 ": the history database could not be opened\n"));
+    }
+}
+
+TEST_F(TevractlTest, ADamagedHistoryIsMovedAsideAndSaysWhere) {
+    std::ofstream(dataDir() / "weft.sqlite") << std::string(2048, '#');
+    const auto run = tevractl({"history", "--json"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.out, "[]\n");
+    const std::regex said(
+        "tevractl: the history database was damaged \\(not a database\\); it was "
+        "moved to (.*weft\\.sqlite\\.damaged-[^ ]+) and a fresh one started\\.\n");
+    std::smatch where;
+    ASSERT_TRUE(std::regex_match(run.err, where, said)) << run.err;
+    EXPECT_EQ(testing::readFile(where[1].str()), std::string(2048, '#'));
+    EXPECT_THAT(testing::readFile(dataDir() / "tevra.log"), HasSubstr(where[1].str()));
 }
 
 }  // namespace

@@ -99,15 +99,23 @@ class Peer:
         if command == "read-clipboard":
             self.read_clipboard()
         elif command == "grab-keyboard":
-            seat = Gdk.Display.get_default().get_default_seat()
-            status = seat.grab(self.window.get_window(), Gdk.SeatCapabilities.KEYBOARD, False,
-                               None, None, None, None)
-            say(event="grab", ok=status == Gdk.GrabStatus.SUCCESS)
+            self.grab_keyboard(attempts=40)
         elif command == "ungrab-keyboard":
             Gdk.Display.get_default().get_default_seat().ungrab()
             Gdk.Display.get_default().flush()
             say(event="grab", ok=False)
         return True
+
+    def grab_keyboard(self, attempts):
+        """Grabs as pinentry does: a grab held elsewhere for a moment is tried again."""
+        seat = Gdk.Display.get_default().get_default_seat()
+        status = seat.grab(self.window.get_window(), Gdk.SeatCapabilities.KEYBOARD, False,
+                           None, None, None, None)
+        if status != Gdk.GrabStatus.SUCCESS and attempts > 1:
+            GLib.timeout_add(50, lambda: self.grab_keyboard(attempts - 1) and False)
+            return False
+        say(event="grab", ok=status == Gdk.GrabStatus.SUCCESS, status=status.value_nick)
+        return False
 
     def quit(self, *_):
         say(event="exit", text=self.text())
