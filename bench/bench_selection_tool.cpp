@@ -10,13 +10,12 @@
 // Recognise/engines: the recogniser alone on that screen's picture, with one
 //   and with two engines, for comparison.
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
 #include <QFont>
 #include <QPainter>
 #include <QWidget>
 #include <QWindow>
-#include <sys/resource.h>
-
 #include <chrono>
 
 #include "app/qt/qt_main_queue.h"
