@@ -13,8 +13,9 @@ public:
     explicit QtSelectionOverlay(SelectionOverlayWindow* window) : window_(window) {
         current = window;
         window_->view()->onFinish = [this](std::optional<std::string> text) {
-            if (onFinish) {
-                onFinish(std::move(text));
+            // A copy: the call may end this overlay, and its onFinish with it.
+            if (auto finish = onFinish) {
+                finish(std::move(text));
             }
         };
     }

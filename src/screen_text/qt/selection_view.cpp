@@ -107,13 +107,15 @@ void SelectionView::keyPressEvent(QKeyEvent* event) {
     const auto result = state_                               ? state_->keyDown(key)
                         : key == SelectionState::Key::escape ? SelectionState::KeyResult::cancel
                                                              : SelectionState::KeyResult::copy;
-    if (!onFinish) {
+    // A copy: finishing may take the view's window away, and onFinish with it.
+    const auto finish = onFinish;
+    if (!finish) {
         return;
     }
     if (result == SelectionState::KeyResult::copy) {
-        onFinish(state_ ? state_->copiedText() : std::string());
+        finish(state_ ? state_->copiedText() : std::string());
     } else if (result == SelectionState::KeyResult::cancel) {
-        onFinish(std::nullopt);
+        finish(std::nullopt);
     }
 }
 
