@@ -23,6 +23,7 @@ int keys(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream
 int notes(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 // update check | verify
 int update(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
+int ocr(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 
 // Help texts, printed for --help and after a usage error.
 extern const char* const kUsage;

@@ -18,6 +18,7 @@ const char* const kUsage =
     "  keys                             which service keys are present\n"
     "  notes process|list|show|delete   sessions of the notetaker, from recordings\n"
     "  update check|verify              the signed update feed: ask it, or judge a file\n"
+    "  ocr IMAGE [--words] [--json]     read the text off a picture\n"
     "\n"
     "Run `tevractl COMMAND --help` for one command.\n";
 
@@ -93,6 +94,17 @@ std::string helpFor(const std::string& command) {
          "\n"
          "exit status: 0 up to date or an update available, 1 rejected, 2 a wrong command\n"
          "line or a file that cannot be read\n"},
+        {"ocr",
+         "usage: tevractl ocr IMAGE [--words] [--json]\n"
+         "\n"
+         "Reads the text off a picture (PNG, JPEG, ...) with Tesseract, offline: its lines\n"
+         "as the screenshot voice gets them. With --words, the words as the selection tool\n"
+         "reads them, one reading line a line: line, column, height and left edge\n"
+         "(0 to 1, from the bottom left), then the words. With --json, the words in\n"
+         "reading order with their boxes, line and column.\n"
+         "\n"
+         "exit status: 0 done, 1 no text found, 2 a wrong command line or not a readable\n"
+         "picture\n"},
     };
     const auto it = help.find(command);
     return it == help.end() ? std::string() : it->second;

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
         {"dictate", ctl::dictate}, {"translate", ctl::translate}, {"history", ctl::history},
         {"stats", ctl::stats},     {"keys", ctl::keys},           {"notes", ctl::notes},
         {"update", ctl::update},
+        {"ocr", ctl::ocr},
     };
     const auto it = commands.find(all[0]);
     if (it == commands.end()) {
