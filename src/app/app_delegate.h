@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,6 +24,8 @@
 #include "core/weft_runtime.h"
 #include "pill/hud.h"
 #include "polish/mode.h"
+#include "update/update_decision.h"
+#include "update/update_prompt.h"
 
 namespace tevra {
 
@@ -52,6 +55,17 @@ struct AppServices {
     // Brings the main window to the front; none until the program has one.
     std::function<void()> showMainWindow;
     LogLine log;
+    // The update check, blocking (it runs on `work`): the feed's decision for
+    // this version; and the offer of a newer one to the user. Either absent (a
+    // build without the check): no check.
+    std::function<UpdateDecision(const std::string& feedURL, const std::string& version)>
+        checkForUpdate;
+    std::shared_ptr<UpdatePrompt> updatePrompt;
+    // Sends the pending crash report, if the user agreed (blocking, it runs on
+    // `work`); absent: none is sent.
+    std::function<void(const std::filesystem::path& dir, bool enabled,
+                       const std::optional<std::string>& endpoint)>
+        flushCrashReports;
 };
 
 // The orchestrator: every hotkey ends here. It decides whether an action may
@@ -80,9 +94,15 @@ public:
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
 
-    // Start-up: the runtime, the chime's setting, the settings observer, the
-    // microphone check, then the hotkeys.
+    // Start-up: the runtime, the chime's setting, the crash report of the last
+    // run, the settings observer, the microphone check, the hotkeys, then the
+    // update check.
     void applicationDidFinishLaunching();
+    // Once per start: looks at the feed of settings.appcastURL off the main
+    // queue and offers a newer release; everything else is dropped in silence.
+    void checkForUpdate();
+    // The version this program reports: the project's, or "0.0.0".
+    static std::string appVersion();
     // Replaces whatever hotkey backend runs by the one the settings ask for,
     // falling back to the Alt scheme when the talk key cannot be watched.
     void startHotkeys();
@@ -140,6 +160,9 @@ private:
     void checkMicrophone();
     // One line of hotkeyNotices(), shaken on the HUD the first time it is said.
     void notice(const std::string& line);
+    // Turns the last run's crash into a report and sends it off the main queue.
+    void collectCrashReports();
+    void offerUpdate(const Appcast& appcast);
     void watchForAccessibilityGrant();
     std::shared_ptr<HotkeyBackend> makeOptionMonitor(int slotCount);
     void log(const std::string& line) const;

@@ -42,9 +42,11 @@ public:
     // Puts plain text in the primary selection, which some terminals paste
     // instead of the clipboard. The selection is not restored afterwards.
     virtual void setPrimaryText(std::string_view text) = 0;
-    // Replaces the whole clipboard by the snapshot's items.
+    // Replaces the whole clipboard by the snapshot's items; an empty snapshot
+    // leaves it empty.
     virtual void restore(const ClipboardSnapshot& snapshot) = 0;
-    // The plain text on the clipboard, if it has any.
+    // The plain text on the clipboard, if it has any, with line feeds for
+    // line ends.
     virtual std::optional<std::string> text() = 0;
     // Grows by at least one whenever the clipboard's contents change, by this
     // program or another.

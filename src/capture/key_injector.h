@@ -32,6 +32,9 @@ public:
     // into another chord (an Alt still down from Alt+digit makes Ctrl+V
     // Ctrl+Alt+V, which pastes nowhere).
     virtual bool modifiersHeld() = 0;
+    // The events of the copy chord for the focused application, or nullopt
+    // when they cannot be made.
+    virtual std::optional<KeySequence> copySequence() = 0;
     // Posts the events in order.
     virtual void post(const KeySequence& events) = 0;
 };

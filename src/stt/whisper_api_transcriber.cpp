@@ -1,11 +1,10 @@
 #include "stt/whisper_api_transcriber.h"
 
-#include <uuid/uuid.h>
-
 #include <nlohmann/json.hpp>
 
 #include "base/http_errors.h"
 #include "base/text.h"
+#include "base/uuid.h"
 
 namespace tevra {
 
@@ -51,11 +50,7 @@ std::shared_ptr<WhisperAPITranscriber> WhisperAPITranscriber::fireworks(std::str
 }
 
 std::string WhisperAPITranscriber::makeBoundary() {
-    uuid_t id;
-    uuid_generate_random(id);
-    char text[37];
-    uuid_unparse_upper(id, text);
-    return std::string("weft-") + text;
+    return "weft-" + newUUID();
 }
 
 ByteBuffer WhisperAPITranscriber::multipartBody(std::string_view boundary, std::string_view wav,

@@ -21,6 +21,9 @@ int stats(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostrea
 int keys(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 // notes process | list | show | delete
 int notes(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
+// update check | verify
+int update(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
+int ocr(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 
 // The commands that drive a running Tevra over the session bus; they need no
 // runtime of their own. notesControl takes "start [--app NAME]" and "stop".

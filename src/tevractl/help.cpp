@@ -17,6 +17,8 @@ const char* const kUsage =
     "  stats [--json]                   words, speed, streaks and the applications used\n"
     "  keys                             which service keys are present\n"
     "  notes process|list|show|delete   sessions of the notetaker, from recordings\n"
+    "  update check|verify              the signed update feed: ask it, or judge a file\n"
+    "  ocr IMAGE [--words] [--json]     read the text off a picture\n"
     "\n"
     "commands for a running Tevra (over the session bus):\n"
     "  record start|finish|toggle|cancel [--mode SLOT]   what the talk key does\n"
@@ -112,6 +114,29 @@ std::string helpFor(const std::string& command) {
          "\n"
          "exit status: 0 done, 1 the work failed (no database, no such session, or a part\n"
          "of process failed), 2 a wrong command line or a file that is not such a WAV\n"},
+        {"update",
+         "usage: tevractl update check [--feed URL]\n"
+         "       tevractl update verify FILE [--public-key BASE64] [--current-version V]\n"
+         "\n"
+         "check fetches the update feed (the appcastURL setting, or URL) exactly as Tevra\n"
+         "does at start and prints the decision: \"up to date\", \"update available:\n"
+         "VERSION URL\" or \"rejected: REASON\". verify judges a feed file the same way,\n"
+         "without the network, so that a signed feed can be checked before it is published:\n"
+         "against the built-in public key or BASE64, and this version or V.\n"
+         "\n"
+         "exit status: 0 up to date or an update available, 1 rejected, 2 a wrong command\n"
+         "line or a file that cannot be read\n"},
+        {"ocr",
+         "usage: tevractl ocr IMAGE [--words] [--json]\n"
+         "\n"
+         "Reads the text off a picture (PNG, JPEG, ...) with Tesseract, offline: its lines\n"
+         "as the screenshot voice gets them. With --words, the words as the selection tool\n"
+         "reads them, one reading line a line: line, column, height and left edge\n"
+         "(0 to 1, from the bottom left), then the words. With --json, the words in\n"
+         "reading order with their boxes, line and column.\n"
+         "\n"
+         "exit status: 0 done, 1 no text found, 2 a wrong command line or not a readable\n"
+         "picture\n"},
     };
     const auto it = help.find(command);
     return it == help.end() ? std::string() : it->second;

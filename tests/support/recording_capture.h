@@ -99,6 +99,7 @@ public:
     // How many more times modifiersHeld() answers true.
     int modifierChecksHeld = 0;
     KeySequence chord = {{37, true}, {55, true}, {55, false}, {37, false}};
+    KeySequence copyChord = {{37, true}, {54, true}, {54, false}, {37, false}};
     std::vector<KeySequence> posted;
 
     bool isAvailable() override { return available; }
@@ -113,6 +114,13 @@ public:
     bool modifiersHeld() override {
         journal_->add("modifiersHeld");
         return modifierChecksHeld > 0 && modifierChecksHeld-- > 0;
+    }
+    std::optional<KeySequence> copySequence() override {
+        journal_->add("copySequence");
+        if (!canMakeEvents) {
+            return std::nullopt;
+        }
+        return copyChord;
     }
     void post(const KeySequence& events) override {
         journal_->add("post");

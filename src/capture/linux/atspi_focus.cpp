@@ -112,6 +112,19 @@ Ref<AtspiAccessible> focusedByWalk(AtspiAccessible* node, int& budget) {
     return nullptr;
 }
 
+// The events that move the focus.
+constexpr const char* kEvents[] = {"object:state-changed:focused", "window:activate",
+                                   "window:deactivate"};
+
+// The focused element inside one window.
+Ref<AtspiAccessible> focusedIn(AtspiAccessible* window) {
+    if (Ref<AtspiAccessible> found = focusedByCollection(window)) {
+        return found;
+    }
+    int budget = kWalkLimit;
+    return focusedByWalk(window, budget);
+}
+
 // The focused element of whichever application has an active window: the
 // first look, before any focus event has come.
 Ref<AtspiAccessible> focusedOnTheDesktop() {
@@ -128,11 +141,7 @@ Ref<AtspiAccessible> focusedOnTheDesktop() {
             if (!window || !hasState(window.get(), ATSPI_STATE_ACTIVE)) {
                 continue;
             }
-            if (Ref<AtspiAccessible> found = focusedByCollection(window.get())) {
-                return found;
-            }
-            int budget = kWalkLimit;
-            return focusedByWalk(window.get(), budget);
+            return focusedIn(window.get());
         }
     }
     return nullptr;
@@ -202,7 +211,7 @@ struct AtspiFocus::Listener {
             atspi_set_main_context(context);
             atspi_set_timeout(kCallTimeoutMs, kCallTimeoutMs * 5);
             events = atspi_event_listener_new(&Listener::onEvent, this, nullptr);
-            for (const char* type : {"object:state-changed:focused", "window:deactivate"}) {
+            for (const char* type : kEvents) {
                 GError* error = nullptr;
                 atspi_event_listener_register(events, type, &error);
                 failed(error);
@@ -217,7 +226,7 @@ struct AtspiFocus::Listener {
         ready.notify_all();
         if (ok) {
             g_main_loop_run(loop);
-            for (const char* type : {"object:state-changed:focused", "window:deactivate"}) {
+            for (const char* type : kEvents) {
                 atspi_event_listener_deregister(events, type, nullptr);
             }
             g_object_unref(events);
@@ -239,18 +248,24 @@ struct AtspiFocus::Listener {
         auto* self = static_cast<Listener*>(data);
         const std::string type = event->type ? event->type : "";
         AtspiAccessible* source = event->source;
-        if (type.starts_with("object:state-changed:focused") && source) {
-            if (event->detail1 != 0) {
-                self->setFocus(retained(source));
-            } else if (source == self->focus.get()) {
-                self->setFocus(Ref<AtspiAccessible>());
+        // A field losing the focus says nothing of where it went, and toolkits
+        // let it go and take it back around a window's activation: only a new
+        // focus replaces the old one, so that a password field is never
+        // forgotten in between.
+        if (type.starts_with("object:state-changed:focused") && source && event->detail1 != 0) {
+            self->setFocus(retained(source));
+        } else if (type.starts_with("window:activate") && source) {
+            // The field that has the focus in a window just activated, in case
+            // its own event came before the application was known here.
+            if (Ref<AtspiAccessible> found = focusedIn(source)) {
+                self->setFocus(std::move(found));
             }
-        } else if (type.starts_with("window:deactivate") && source && self->focus) {
-            // The window's application lost the focus to a window that may
-            // publish nothing (a terminal without accessibility).
-            if (busName(source) == self->focusBusName) {
-                self->setFocus(Ref<AtspiAccessible>());
-            }
+        } else if (type.starts_with("window:deactivate") && source && self->focus &&
+                   busName(source) == self->focusBusName) {
+            // The focus left the application, perhaps for a window that
+            // publishes nothing (a terminal without accessibility): where it
+            // is now, the active windows tell.
+            self->setFocus(focusedOnTheDesktop());
         }
         g_boxed_free(ATSPI_TYPE_EVENT, event);
     }

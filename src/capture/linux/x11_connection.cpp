@@ -163,4 +163,16 @@ std::int64_t X11Connection::pid(Window window) const {
     return static_cast<std::int64_t>(firstLong(data));
 }
 
+std::vector<unsigned long> X11Connection::longs(Window window, const char* name,
+                                                unsigned long type) const {
+    XErrorTrap trap(display_);
+    unsigned long items = 0;
+    const auto data = property(display_, window, name, type, 32, &items);
+    std::vector<unsigned long> out(items);
+    if (items > 0) {
+        std::memcpy(out.data(), data.data(), items * sizeof(unsigned long));
+    }
+    return out;
+}
+
 }  // namespace tevra

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 typedef struct _XDisplay Display;
 
@@ -40,6 +41,9 @@ public:
     std::optional<std::string> title(Window window) const;
     // _NET_WM_PID; 0 when the client does not say.
     std::int64_t pid(Window window) const;
+    // The items of a 32-bit property of the given type (an Atom: XA_CARDINAL,
+    // XA_WINDOW, XA_ATOM); empty when it is absent or of another type.
+    std::vector<unsigned long> longs(Window window, const char* name, unsigned long type) const;
 
 private:
     explicit X11Connection(Display* display) : display_(display) {}

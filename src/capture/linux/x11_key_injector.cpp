@@ -180,6 +180,26 @@ std::optional<KeySequence> X11KeyInjector::pasteSequence() {
     return std::nullopt;
 }
 
+std::optional<KeySequence> X11KeyInjector::copySequence() {
+    if (!x_) {
+        return std::nullopt;
+    }
+    Display* display = x_->display();
+    const unsigned control = XKeysymToKeycode(display, XK_Control_L);
+    const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
+    const unsigned c = XKeysymToKeycode(display, XK_c);
+    if (control == 0 || shift == 0 || c == 0) {
+        return std::nullopt;
+    }
+    if (activeChord() == PasteChord::ctrlV) {
+        return KeySequence{{control, true}, {c, true}, {c, false}, {control, false}};
+    }
+    // Terminals and the other applications with their own paste keys.
+    KeySequence sequence{{control, true}, {shift, true},  {c, true},
+                         {c, false},      {shift, false}, {control, false}};
+    return sequence;
+}
+
 void X11KeyInjector::post(const KeySequence& events) {
     if (!x_) {
         return;

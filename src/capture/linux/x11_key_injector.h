@@ -11,6 +11,7 @@ namespace tevra {
 
 // Synthetic keys through the XTest extension. The paste chord depends on the
 // application that has the focus, named by its WM_CLASS (see pasteChordFor).
+// The copy chord is Ctrl+C, and Ctrl+Shift+C in every terminal.
 class X11KeyInjector : public KeyInjector {
 public:
     enum class PasteChord {
@@ -32,6 +33,7 @@ public:
     // Any modifier down on the core keyboard but those of the chord itself
     // and the locks.
     bool modifiersHeld() override;
+    std::optional<KeySequence> copySequence() override;
     void post(const KeySequence& events) override;
 
     // The paste chord of an application, by a WM_CLASS instance or class name.

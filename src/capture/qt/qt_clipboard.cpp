@@ -108,6 +108,10 @@ void QtClipboard::setPrimaryText(std::string_view text) {
 }
 
 void QtClipboard::restore(const ClipboardSnapshot& snapshot) {
+    if (snapshot.empty()) {
+        clipboard_->clear(QClipboard::Clipboard);
+        return;
+    }
     auto* data = new QMimeData;
     for (const ClipboardItem& item : snapshot) {
         for (const auto& [type, bytes] : item.formats) {
@@ -125,7 +129,9 @@ std::optional<std::string> QtClipboard::text() {
     if (!data || !data->hasText()) {
         return std::nullopt;
     }
-    return data->text().toStdString();
+    // GTK serves text/plain with the line ends of that MIME type, CR LF; the
+    // text the user selected had plain line feeds.
+    return data->text().replace(QStringLiteral("\r\n"), QStringLiteral("\n")).toStdString();
 }
 
 std::int64_t QtClipboard::changeCount() {

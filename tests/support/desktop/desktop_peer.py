@@ -38,6 +38,9 @@ class Peer:
         self.window.connect("key-press-event", self.on_key)
         if args.textview:
             self.view = Gtk.TextView()
+            # Margins as an editor has them, so that text can be read off the screen.
+            self.view.set_left_margin(12)
+            self.view.set_top_margin(8)
             self.buffer = self.view.get_buffer()
             self.buffer.set_text(args.text)
             self.buffer.connect("changed", self.on_changed)
