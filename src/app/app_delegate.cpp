@@ -191,10 +191,17 @@ void AppDelegate::finishCapture() {
     const bool translate = translateCapture_;
     AudioRecorder::Samples samples = recorder_->stop();
     const double elapsed = queue_.now() - recordingStarted_;
+    const bool kept = elapsed > minCaptureSeconds && samples.size() > minCaptureSamples;
+    // Counted before the recording ends, so that watchers see it go straight
+    // from recording to processing.
+    const bool processed = kept && (translate || mode);
+    if (processed) {
+        ++processing_;
+    }
     endCaptureState();
 
-    if (elapsed > minCaptureSeconds && samples.size() > minCaptureSamples) {
-        if (!translate && !mode) {
+    if (kept) {
+        if (!processed) {
             return;
         }
         services_.chime->processingStarted();
@@ -240,8 +247,6 @@ void AppDelegate::process(AudioRecorder::Samples samples, std::optional<Mode> mo
     if (!runtime_) {
         std::abort();  // start-up always makes the runtime first
     }
-    ++processing_;
-    captureStateMayHaveChanged();
     auto self = shared_from_this();  // held until the work has ended
     std::shared_ptr<const Pipeline> pipeline = runtime_->pipeline();
     const std::string target = runtime_->settings().translateTarget;
