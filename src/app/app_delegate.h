@@ -22,6 +22,7 @@
 #include "capture/secure_input.h"
 #include "capture/text_inserter.h"
 #include "core/weft_runtime.h"
+#include "notetaker/notetaker_controller.h"
 #include "pill/hud.h"
 #include "polish/mode.h"
 #include "update/update_decision.h"
@@ -49,6 +50,8 @@ struct AppServices {
     std::function<std::unique_ptr<WeftRuntime>()> makeRuntime;
     // A fresh connection to the desktop's keyboard for each hotkey backend.
     std::function<std::unique_ptr<DesktopKeyboard>()> makeKeyboard;
+    // The notetaker, made at start-up on the runtime; none: no notetaker.
+    std::function<std::shared_ptr<NotetakerController>(WeftRuntime&)> makeNotetaker;
     // Whether the talk key can be watched here at all (the X display has
     // XTest and XInput2); asked again while waiting for it.
     std::function<bool()> inputControlAvailable;
@@ -92,9 +95,9 @@ public:
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
 
-    // Start-up: the runtime, the chime's setting, the crash report of the last
-    // run, the settings observer, the microphone check, the hotkeys, then the
-    // update check.
+    // Start-up: the runtime, the notetaker, the chime's setting, the crash
+    // report of the last run, the settings observer, the microphone check, the
+    // hotkeys, then the update check.
     void applicationDidFinishLaunching();
     // Once per start: looks at the feed of settings.appcastURL off the main
     // queue and offers a newer release; everything else is dropped in silence.
@@ -120,6 +123,7 @@ public:
     // key that cannot be used, keys another program holds.
     const std::vector<std::string>& hotkeyNotices() const { return hotkeyNotices_; }
     bool isWatchingForAccessibility() const { return axWatch_.has_value(); }
+    NotetakerController* notetaker() const { return notetaker_.get(); }
 
 private:
     explicit AppDelegate(AppServices services);
@@ -135,6 +139,9 @@ private:
     void deliver(const Outcome& outcome);
     void runScreenshotMode(const Mode& mode);
     void checkMicrophone();
+    // The notetaker's start-up step, and what its changes mean for the chime and the tray.
+    void startNotetaker();
+    void notetakerChanged();
     // One line of hotkeyNotices(), shaken on the HUD the first time it is said.
     void notice(const std::string& line);
     // Turns the last run's crash into a report and sends it off the main queue.
@@ -152,6 +159,7 @@ private:
     std::shared_ptr<Hud> hud_;
     std::shared_ptr<AudioRecorder> recorder_;
     std::unique_ptr<WeftRuntime> runtime_;
+    std::shared_ptr<NotetakerController> notetaker_;
     std::shared_ptr<HotkeyBackend> hotkey_;
     std::optional<std::string> hotkeyName_;
     std::vector<std::string> hotkeyNotices_;

@@ -13,6 +13,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (const auto& notice = runtime_->storeNotice()) {
         log(*notice);
     }
+    startNotetaker();
     services_.chime->setEnabled(runtime_->settings().soundCues);
     collectCrashReports();
 

@@ -20,6 +20,9 @@
 #include "capture/qt/qt_sound_cues.h"
 #include "core/linux/libsecret_store.h"
 #include "crash/crash_reporter.h"
+#include "notetaker/linux/pulse_microphone_use.h"
+#include "notetaker/linux/pulse_monitor_source.h"
+#include "notetaker/linux/x11_running_applications.h"
 #include "pill/qt/hud_controller.h"
 #include "update/qt/qt_update_prompt.h"
 #include "update/update_checker.h"
@@ -77,6 +80,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
         return std::make_unique<WeftRuntime>(WeftSettings::defaultDir(), /*fetchKeys=*/true,
                                              std::make_shared<LibsecretStore>());
     };
+    services.makeNotetaker = [this](WeftRuntime& runtime) { return makeNotetaker(runtime); };
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
     services.log = writeLog;
@@ -148,6 +152,17 @@ void TevraApplication::settingsFileChanged() {
     chime_->setEnabled(runtime->settings().soundCues);
     Log::write("settings changed");
     notifications_.post(weftSettingsChanged);
+}
+
+std::shared_ptr<NotetakerController> TevraApplication::makeNotetaker(WeftRuntime& runtime) {
+    NotetakerServices services;
+    services.queue = &queue_;
+    services.notifications = &notifications_;
+    services.work = work_;
+    services.detector = CallDetector::create(queue_, std::make_shared<PulseMicrophoneUse>(),
+                                             std::make_shared<X11RunningApplications>(x_));
+    services.devices = {PulseAudioInput::factory(), PulseMonitorSource::factory()};
+    return NotetakerController::create(runtime, std::move(services));
 }
 
 std::string TevraApplication::talkKey() const {

@@ -17,11 +17,14 @@
 #include "crash/crash_reporter.h"
 #include "store/history_store.h"
 #include "stt/wav_reader.h"
+#include "support/main_queue_wait.h"
 #include "support/recording_app_services.h"
 #include "support/recording_audio_recorder.h"
 #include "support/recording_backends.h"
+#include "support/recording_call_signals.h"
 #include "support/recording_capture.h"
 #include "support/recording_desktop_keyboard.h"
+#include "support/scripted_microphone.h"
 #include "support/temp_dir.h"
 #include "update/update_checker.h"
 
@@ -83,6 +86,8 @@ protected:
         return std::string("Hello, world.");
     };
 
+    // None unless a test brings the notetaker.
+    std::function<std::shared_ptr<NotetakerController>(WeftRuntime&)> makeNotetaker;
     bool inputControl = true;
     bool keyboardsOpen = true;
     std::vector<RecordingDesktopKeyboard*> keyboards;  // the newest belongs to the running backend
@@ -149,6 +154,7 @@ protected:
         services.checkForUpdate = checkForUpdate;
         services.updatePrompt = updatePrompt;
         services.flushCrashReports = flushCrashReports;
+        services.makeNotetaker = makeNotetaker;
         app = AppDelegate::create(services);
         app->applicationDidFinishLaunching();
         queue.runPending();
@@ -632,6 +638,50 @@ TEST_F(AppDelegateTest, ANewerReleaseIsOfferedAndEverythingElseIsSilent) {
         EXPECT_EQ(seen, c.journal) << c.name;
         EXPECT_THAT(logs, Not(Contains(HasSubstr("appcast")))) << c.name;
     }
+}
+
+TEST_F(AppDelegateTest, WhileTheNotetakerRecordsTheChimeKeepsQuietAndTheTrayStopsIt) {
+    auto mic = testing::ScriptedMicrophone::make({16000, 1});
+    auto system = testing::ScriptedSystemAudio::make();
+    makeNotetaker = [&](WeftRuntime& runtime) {
+        NotetakerServices notes;
+        notes.queue = &queue;
+        notes.work = work;
+        notes.detector = CallDetector::create(
+            queue, std::make_shared<testing::ScriptedMicrophoneUse>(),
+            std::make_shared<testing::ScriptedApplications>(), [](const std::string&) {});
+        notes.devices = {mic->factory(), system->factory()};
+        notes.log = [](const std::string&) {};
+        return NotetakerController::create(runtime, notes);
+    };
+    // A dictation, as far as its delivery.
+    const auto dictate = [&](std::size_t deliveries) {
+        capture(2.0, tone(2.0));
+        ASSERT_TRUE(testing::runMainQueueUntil(
+            queue,
+            [&] {
+                return static_cast<std::size_t>(
+                           std::count_if(logs.begin(), logs.end(), [](const std::string& l) {
+                               return l.starts_with("Dictate: ");
+                           })) == deliveries;
+            },
+            20));
+    };
+    launch();
+    EXPECT_EQ(statusItem->notesEntry, "Start notes");
+    statusItem->notesAction();
+    EXPECT_TRUE(app->notetaker()->state().is(NotetakerState::Kind::recording));
+    EXPECT_EQ(statusItem->notesEntry, "Stop notes");
+    dictate(1);
+    EXPECT_THAT(sounds(), IsEmpty()) << "a cue would be recorded as the other side's";
+
+    statusItem->notesAction();
+    EXPECT_EQ(statusItem->notesEntry, "Start notes (disabled)");
+    ASSERT_TRUE(testing::runMainQueueUntil(
+        queue, [&] { return statusItem->notesEntry == "Start notes"; }, 20));
+    EXPECT_EQ(app->notetaker()->state().is(NotetakerState::Kind::idle), true);
+    dictate(2);
+    EXPECT_THAT(sounds(), ElementsAre("start", "done"));
 }
 
 }  // namespace

@@ -33,7 +33,17 @@ private:
 class RecordingStatusItem : public StatusItem {
 public:
     std::vector<std::string> toolTips;
+    // The notetaker's entry as last set: "Start notes", or "Stop notes";
+    // a trailing " (disabled)" when it cannot be picked.
+    std::string notesEntry;
+    std::function<void()> notesAction;
+
     void setToolTip(const std::string& text) override { toolTips.push_back(text); }
+    void setNotesEntry(const std::string& label, bool enabled,
+                       std::function<void()> action) override {
+        notesEntry = label + (enabled ? "" : " (disabled)");
+        notesAction = std::move(action);
+    }
 };
 
 class FakeMicrophoneAccess : public MicrophoneAccess {

@@ -28,6 +28,8 @@
 #include "support/speech_samples.h"
 #include "support/subprocess.h"
 #include "support/temp_dir.h"
+#include "system/tevra_process.h"
+#include "system/virtual_microphone.h"
 
 namespace tevra {
 namespace {
@@ -40,61 +42,6 @@ using testing::xdotool;
 constexpr const char* kTranscript = "hello from the system test";
 constexpr const char* kPolished = "Hello from the system test.";
 
-// The microphone of scripts/test-env: a FIFO that its PulseAudio server reads
-// as 48 kHz stereo frames.
-class VirtualMicrophone {
-public:
-    VirtualMicrophone() {
-        const char* path = std::getenv("TEVRA_TEST_MICROPHONE");
-        if (!path || !*path) {
-            ADD_FAILURE() << "TEVRA_TEST_MICROPHONE is not set: run under scripts/test-env";
-            return;
-        }
-        fd_ = ::open(path, O_WRONLY | O_NONBLOCK);
-        if (fd_ < 0) {
-            ADD_FAILURE() << "the virtual microphone " << path << " cannot be opened";
-        }
-    }
-    ~VirtualMicrophone() {
-        stopping_ = true;
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-        if (fd_ >= 0) {
-            ::close(fd_);
-        }
-    }
-
-    // Plays frames at about the pace they would be spoken, on a thread of its own.
-    void speak(std::vector<int16_t> frames) {
-        thread_ = std::thread([this, frames = std::move(frames)] {
-            const auto* bytes = reinterpret_cast<const char*>(frames.data());
-            const std::size_t total = frames.size() * sizeof(int16_t);
-            constexpr std::size_t kChunk = 48000 * 2 * 2 / 50;  // 20 ms
-            std::size_t sent = 0;
-            while (sent < total && !stopping_) {
-                pollfd writable{fd_, POLLOUT, 0};
-                if (::poll(&writable, 1, 100) <= 0) {
-                    continue;
-                }
-                const ssize_t n = ::write(fd_, bytes + sent, std::min(kChunk, total - sent));
-                if (n > 0) {
-                    sent += static_cast<std::size_t>(n);
-                    std::this_thread::sleep_for(std::chrono::milliseconds(18));
-                }
-            }
-            done_ = true;
-        });
-    }
-    bool finished() const { return done_; }
-
-private:
-    int fd_ = -1;
-    std::atomic<bool> stopping_{false};
-    std::atomic<bool> done_{false};
-    std::thread thread_;
-};
-
 class DictationSystemTest : public ::testing::Test {
 protected:
     testing::TempDir home;
@@ -103,9 +50,9 @@ protected:
     std::atomic<int> speechStatus{200};
     std::mutex audioMutex;
     std::string lastAudio;
-    QProcess tevra;
+    TevraProcess tevra{home.path()};
 
-    std::filesystem::path dataDir() const { return home / "data" / "Tevra"; }
+    std::filesystem::path dataDir() const { return tevra.dataDir(); }
 
     void SetUp() override {
         service.server().Post("/v1/audio/transcriptions", [this](const httplib::Request& req,
@@ -138,51 +85,23 @@ protected:
                     "application/json");
             });
         service.start();
-        std::filesystem::create_directories(dataDir());
     }
 
     void TearDown() override {
-        if (tevra.state() != QProcess::NotRunning) {
-            tevra.terminate();
-            if (!tevra.waitForFinished(15000)) {
-                tevra.kill();
-                tevra.waitForFinished(5000);
-            }
-        }
+        tevra.stop();
         if (HasFailure()) {
-            std::cerr << "--- tevra.log ---\n"
-                      << log() << "--- tevra stderr ---\n"
-                      << tevra.readAllStandardError().toStdString();
+            std::cerr << tevra.report();
         }
     }
 
     void startTevra(nlohmann::json settings = nlohmann::json::object(),
                     const std::map<QString, QString>& extraEnvironment = {}) {
-        settings["proxyBaseURL"] = service.baseURL() + "/v1";
-        std::ofstream(dataDir() / "settings.json") << settings.dump();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("XDG_DATA_HOME", QString::fromStdString((home / "data").string()));
-        env.insert("TEVRA_PROXY_TOKEN", "relay-token");
-        for (const char* name :
-             {"GROQ_API_KEY", "OPENAI_API_KEY", "DEEPINFRA_API_KEY", "FIREWORKS_API_KEY"}) {
-            env.remove(name);
-        }
-        env.remove("QT_QPA_PLATFORM");
-        for (const auto& [name, value] : extraEnvironment) {
-            env.insert(name, value);
-        }
-        tevra.setProcessEnvironment(env);
-        tevra.start(TEVRA_PATH, {});
-        ASSERT_TRUE(tevra.waitForStarted(10000)) << tevra.errorString().toStdString();
-        ASSERT_TRUE(waitForLog("hotkeys: ", 30)) << "tevra did not bring up its hotkeys";
+        tevra.start(std::move(settings), service.baseURL() + "/v1", extraEnvironment);
     }
 
-    std::string log() const {
-        std::ifstream in(dataDir() / "tevra.log");
-        return std::string((std::istreambuf_iterator<char>(in)), {});
-    }
+    std::string log() const { return tevra.log(); }
     bool waitForLog(const std::string& text, double seconds) {
-        return waitUntil([&] { return log().find(text) != std::string::npos; }, seconds);
+        return tevra.waitForLog(text, seconds);
     }
     // Lets the event loop and the other processes run for a while.
     static void pause(double seconds) {
@@ -225,7 +144,7 @@ TEST_F(DictationSystemTest, HoldingTheTalkKeyPutsThePolishedTextIntoAnotherAppli
     std::string greeting;
     EXPECT_TRUE(waitUntil(
         [&] {
-            greeting += tevra.readAllStandardOutput().toStdString();
+            greeting += tevra.process().readAllStandardOutput().toStdString();
             return greeting.find("Tevra is running: hold Control_R anywhere, speak, let go.") !=
                    std::string::npos;
         },
@@ -297,7 +216,7 @@ TEST_F(DictationSystemTest, TheAltSchemeDictatesTooAndStandsInForATalkKeyThatIsN
     std::string terminal;
     EXPECT_TRUE(waitUntil(
         [&] {
-            terminal += tevra.readAllStandardError().toStdString();
+            terminal += tevra.process().readAllStandardError().toStdString();
             return terminal.find("Wayland session:") != std::string::npos;
         },
         10))
@@ -320,7 +239,7 @@ TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTa
     std::string terminal;
     EXPECT_TRUE(waitUntil(
         [&] {
-            terminal += tevra.readAllStandardError().toStdString();
+            terminal += tevra.process().readAllStandardError().toStdString();
             return terminal.find("tevra: the history database was damaged") != std::string::npos;
         },
         10))
@@ -338,9 +257,9 @@ TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTa
 
 TEST_F(DictationSystemTest, ACrashLeavesItsStackAndTheNextStartMakesAReport) {
     startTevra();
-    ASSERT_EQ(::kill(static_cast<pid_t>(tevra.processId()), SIGSEGV), 0);
-    ASSERT_TRUE(tevra.waitForFinished(15000));
-    EXPECT_EQ(tevra.exitStatus(), QProcess::CrashExit);
+    ASSERT_EQ(::kill(static_cast<pid_t>(tevra.process().processId()), SIGSEGV), 0);
+    ASSERT_TRUE(tevra.process().waitForFinished(15000));
+    EXPECT_EQ(tevra.process().exitStatus(), QProcess::CrashExit);
     const auto signalFile = dataDir() / "crash" / "last-signal.txt";
     EXPECT_THAT(testing::readFile(signalFile), HasSubstr("/tevra(+"));
 
