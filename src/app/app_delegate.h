@@ -22,6 +22,7 @@
 #include "capture/text_inserter.h"
 #include "core/weft_runtime.h"
 #include "pill/hud.h"
+#include "pill/pill.h"
 #include "polish/mode.h"
 
 namespace tevra {
@@ -46,6 +47,10 @@ struct AppServices {
     std::function<std::unique_ptr<WeftRuntime>()> makeRuntime;
     // A fresh connection to the desktop's keyboard for each hotkey backend.
     std::function<std::unique_ptr<DesktopKeyboard>()> makeKeyboard;
+    // The pills, made at start-up on the runtime with what pastes a history
+    // row; none: no pills, and every pill call is skipped.
+    std::function<std::shared_ptr<Pill>(WeftRuntime&, std::function<void(const std::string&)>)>
+        makePill;
     // Whether the talk key can be watched here at all (the X display has
     // XTest and XInput2); asked again while waiting for it.
     std::function<bool()> inputControlAvailable;
@@ -54,8 +59,8 @@ struct AppServices {
 
 // The orchestrator: every hotkey ends here. It decides whether an action may
 // run now, starts and finishes the recorder, hands the samples to the
-// pipeline on a work thread, and puts the result at the cursor, on the HUD
-// and in the chime. Everything runs on the main queue but the pipeline work.
+// pipeline on a work thread, and puts the result at the cursor, on the pill,
+// the HUD and in the chime. Everything runs on the main queue but the pipeline work.
 //
 // Lives in a std::shared_ptr: hotkey callbacks and timers hold it weakly; the
 // pipeline work holds it until it ends.
@@ -79,7 +84,7 @@ public:
     AppDelegate& operator=(const AppDelegate&) = delete;
 
     // Start-up: the runtime, the chime's setting, the settings observer, the
-    // microphone check, then the hotkeys.
+    // microphone check, the pills, then the hotkeys.
     void applicationDidFinishLaunching();
     // Replaces whatever hotkey backend runs by the one the settings ask for,
     // falling back to the Alt scheme when the talk key cannot be watched.
@@ -94,6 +99,7 @@ public:
     bool isCapturing() const { return recording_; }
     WeftRuntime* runtime() const { return runtime_.get(); }
     HotkeyBackend* hotkey() const { return hotkey_.get(); }
+    Pill* pill() const { return pill_.get(); }
     // The running backend's name ("fn-tap", "hotkey"), or none when no key could be taken.
     const std::optional<std::string>& hotkeyName() const { return hotkeyName_; }
     // What the user should hear of the running hotkeys, one line each: a talk
@@ -115,6 +121,11 @@ private:
     void deliver(const Outcome& outcome);
     void runScreenshotMode(const Mode& mode);
     void checkMicrophone();
+    void startPill();
+    // The pills, or while there are none, something that ignores every call.
+    Pill& pills();
+    // A history row clicked on a pill's card, put at the cursor again.
+    void pasteFromPill(const std::string& text);
     // One line of hotkeyNotices(), shaken on the HUD the first time it is said.
     void notice(const std::string& line);
     void watchForAccessibilityGrant();
@@ -129,6 +140,7 @@ private:
     std::shared_ptr<Hud> hud_;
     std::shared_ptr<AudioRecorder> recorder_;
     std::unique_ptr<WeftRuntime> runtime_;
+    std::shared_ptr<Pill> pill_;
     std::shared_ptr<HotkeyBackend> hotkey_;
     std::optional<std::string> hotkeyName_;
     std::vector<std::string> hotkeyNotices_;

@@ -19,7 +19,10 @@
 #include "capture/qt/qt_clipboard.h"
 #include "capture/qt/qt_sound_cues.h"
 #include "core/linux/libsecret_store.h"
+#include "pill/linux/x11_compositor.h"
+#include "pill/pill_manager.h"
 #include "pill/qt/hud_controller.h"
+#include "pill/qt/qt_pill_desktop.h"
 // Xlib last: its macros (None, Status) clash with Qt's names.
 #include "capture/linux/x_keyboard.h"
 
@@ -73,6 +76,12 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.makeRuntime = [] {
         return std::make_unique<WeftRuntime>(WeftSettings::defaultDir(), /*fetchKeys=*/true,
                                              std::make_shared<LibsecretStore>());
+    };
+    services.makePill = [this](WeftRuntime& runtime, PillManager::OnPaste onPaste) {
+        auto desktop =
+            std::make_shared<QtPillDesktop>(queue_, [x = x_] { return x11CompositorRunning(*x); });
+        return PillManager::create(queue_, runtime, &notifications_, std::move(desktop),
+                                   std::move(onPaste), PillPreview::fromEnvironment());
     };
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
