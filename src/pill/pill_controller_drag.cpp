@@ -76,8 +76,6 @@ void PillController::glide(const PillRect& from, const PillRect& to) {
         self->panel_->setCapsule(frame, /*animated=*/false);
         if (t >= 1) {
             self->glideTimer_.cancel();
-            // A card still open under the mouse takes its size at the new place.
-            self->applyGeometry();
         }
     };
     glideTimer_ = queue_.every(PillMetrics::meterFrameInterval, step);

@@ -169,13 +169,14 @@ void paintPeek(QPainter& painter, QSizeF size, const PillState& state, double no
     }
 
     painter.setPen(white(0.12));
-    painter.drawLine(QPointF(kPadding, 96.5), QPointF(size.width() - kPadding, 96.5));
+    painter.drawLine(QPointF(kPadding, 94.5), QPointF(size.width() - kPadding, 94.5));
 
     const auto mappings = state.mappings();
-    const double rowHeight = 17.5;
-    const int fitting = static_cast<int>((size.height() - 104 - 30) / rowHeight);
+    constexpr double top = 99;
+    constexpr double rowHeight = 16.5;
+    const int fitting = static_cast<int>((size.height() - top - 26) / rowHeight);
     for (int i = 0; i < static_cast<int>(mappings.size()) && i < fitting; ++i) {
-        const double y = 104 + i * rowHeight;
+        const double y = top + i * rowHeight;
         painter.setFont(font(10.5, QFont::DemiBold));
         painter.setPen(white(0.55));
         painter.drawText(QRectF(kPadding, y, 96, rowHeight), Qt::AlignLeft | Qt::AlignVCenter,
@@ -191,7 +192,7 @@ void paintPeek(QPainter& painter, QSizeF size, const PillState& state, double no
 
     painter.setFont(font(10.5));
     painter.setPen(white(0.45));
-    painter.drawText(QRectF(kPadding, size.height() - 26, width, 16), Qt::AlignCenter,
+    painter.drawText(QRectF(kPadding, size.height() - 24, width, 16), Qt::AlignCenter,
                      PillTexts::peekHint);
     painter.restore();
 }

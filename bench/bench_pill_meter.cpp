@@ -1,0 +1,64 @@
+// What the recording pill costs the processor: one frame of its meter (the
+// step of the animation and the painting of the panel), on Qt's offscreen
+// platform, as dark glass and as the opaque capsule, at one and two times the
+// scale. The meter runs at 60 frames a second, so the share of a core is the
+// frame's time times 60 (target: under 3 % with what the window system adds;
+// scripts/measure-idle measures the running program).
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QImage>
+#include <memory>
+
+#include "base/virtual_main_queue.h"
+#include "core/weft_runtime.h"
+#include "pill/pill_manager.h"
+#include "pill/pill_metrics.h"
+#include "pill/qt/pill_window.h"
+#include "pill/qt/qt_pill_desktop.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using namespace tevra;
+
+void BM_RecordingPillFrame(benchmark::State& state) {
+    const bool glass = state.range(0) == 1;
+    const double scale = static_cast<double>(state.range(1));
+    VirtualMainQueue queue;
+    testing::TempDir data;
+    WeftRuntime runtime(data.path(), false, nullptr);
+    auto pills =
+        PillManager::create(queue, runtime, nullptr,
+                            std::make_shared<QtPillDesktop>(queue, [glass] { return glass; }), {});
+    pills->show();
+    pills->startRecording();
+    pills->updateLevel(0.7);
+    queue.advance(0.5);
+    auto& window = dynamic_cast<PillWindow&>(pills->controllers().at(0)->panel());
+    QImage frame(window.size() * scale, QImage::Format_ARGB32_Premultiplied);
+    frame.setDevicePixelRatio(scale);
+    for (auto _ : state) {
+        queue.advance(PillMetrics::meterFrameInterval);
+        frame.fill(Qt::transparent);
+        window.render(&frame, QPoint(), QRegion(), QWidget::DrawChildren);
+        benchmark::DoNotOptimize(frame.constBits());
+    }
+    // The time of a frame, times 60 frames, in percent of a second.
+    state.counters["core_percent_at_60_fps"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) / 6000.0,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.SetLabel(std::string(glass ? "glass" : "opaque") + (scale > 1 ? " @2x" : " @1x"));
+}
+BENCHMARK(BM_RecordingPillFrame)->Args({1, 1})->Args({1, 2})->Args({0, 1})->Args({0, 2});
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
