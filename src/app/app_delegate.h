@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,6 +25,8 @@
 #include "pill/hud.h"
 #include "pill/pill.h"
 #include "polish/mode.h"
+#include "update/update_decision.h"
+#include "update/update_prompt.h"
 
 namespace tevra {
 
@@ -55,6 +58,17 @@ struct AppServices {
     // XTest and XInput2); asked again while waiting for it.
     std::function<bool()> inputControlAvailable;
     LogLine log;
+    // The update check, blocking (it runs on `work`): the feed's decision for
+    // this version; and the offer of a newer one to the user. Either absent (a
+    // build without the check): no check.
+    std::function<UpdateDecision(const std::string& feedURL, const std::string& version)>
+        checkForUpdate;
+    std::shared_ptr<UpdatePrompt> updatePrompt;
+    // Sends the pending crash report, if the user agreed (blocking, it runs on
+    // `work`); absent: none is sent.
+    std::function<void(const std::filesystem::path& dir, bool enabled,
+                       const std::optional<std::string>& endpoint)>
+        flushCrashReports;
 };
 
 // The orchestrator: every hotkey ends here. It decides whether an action may
@@ -83,9 +97,15 @@ public:
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
 
-    // Start-up: the runtime, the chime's setting, the settings observer, the
-    // microphone check, the pills, then the hotkeys.
+    // Start-up: the runtime, the chime's setting, the crash report of the last
+    // run, the settings observer, the microphone check, the pills, the hotkeys,
+    // then the update check.
     void applicationDidFinishLaunching();
+    // Once per start: looks at the feed of settings.appcastURL off the main
+    // queue and offers a newer release; everything else is dropped in silence.
+    void checkForUpdate();
+    // The version this program reports: the project's, or "0.0.0".
+    static std::string appVersion();
     // Replaces whatever hotkey backend runs by the one the settings ask for,
     // falling back to the Alt scheme when the talk key cannot be watched.
     void startHotkeys();
@@ -128,6 +148,9 @@ private:
     void pasteFromPill(const std::string& text);
     // One line of hotkeyNotices(), shaken on the HUD the first time it is said.
     void notice(const std::string& line);
+    // Turns the last run's crash into a report and sends it off the main queue.
+    void collectCrashReports();
+    void offerUpdate(const Appcast& appcast);
     void watchForAccessibilityGrant();
     std::shared_ptr<HotkeyBackend> makeOptionMonitor(int slotCount);
     void log(const std::string& line) const;

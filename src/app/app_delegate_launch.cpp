@@ -14,6 +14,7 @@ void AppDelegate::applicationDidFinishLaunching() {
         log(*notice);
     }
     services_.chime->setEnabled(runtime_->settings().soundCues);
+    collectCrashReports();
 
     std::weak_ptr<AppDelegate> weak = weak_from_this();
     if (services_.notifications) {
@@ -28,6 +29,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     // Where input control is missing there is no system prompt to bring up:
     // the Alt scheme stands in and the watcher below notices when it appears.
     startHotkeys();
+    checkForUpdate();
 }
 
 void AppDelegate::checkMicrophone() {

@@ -12,6 +12,8 @@
 #include "app/single_instance.h"
 #include "app/tevra_application.h"
 #include "base/log.h"
+#include "core/weft_settings.h"
+#include "crash/crash_reporter.h"
 
 namespace {
 
@@ -44,6 +46,8 @@ int main(int argc, char** argv) {
     if (CLI::runIfRequested()) {
         return 0;
     }
+    // First of all, so that a crash anywhere after this leaves its report.
+    CrashReporter::install(WeftSettings::defaultDir(), AppDelegate::appVersion());
     const char* display = std::getenv("DISPLAY");
     if (display == nullptr || *display == '\0') {
         std::fprintf(stderr,

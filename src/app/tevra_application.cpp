@@ -19,10 +19,13 @@
 #include "capture/qt/qt_clipboard.h"
 #include "capture/qt/qt_sound_cues.h"
 #include "core/linux/libsecret_store.h"
+#include "crash/crash_reporter.h"
 #include "pill/linux/x11_compositor.h"
 #include "pill/pill_manager.h"
 #include "pill/qt/hud_controller.h"
 #include "pill/qt/qt_pill_desktop.h"
+#include "update/qt/qt_update_prompt.h"
+#include "update/update_checker.h"
 // Xlib last: its macros (None, Status) clash with Qt's names.
 #include "capture/linux/x_keyboard.h"
 
@@ -86,6 +89,16 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
     services.log = writeLog;
+    if (Deployment::updateCheckEnabled) {
+        services.checkForUpdate = [](const std::string& feed, const std::string& version) {
+            return UpdateChecker::check(feed, version);
+        };
+        services.updatePrompt = std::make_shared<QtUpdatePrompt>();
+    }
+    services.flushCrashReports = [](const std::filesystem::path& dir, bool enabled,
+                                    const std::optional<std::string>& endpoint) {
+        CrashReporter::flushPending(dir, enabled, endpoint);
+    };
     delegate_ = AppDelegate::create(std::move(services));
 }
 

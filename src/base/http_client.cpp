@@ -163,6 +163,14 @@ HttpResponse HttpClient::perform(Handle& h, const std::string& url, const Header
     curl_easy_setopt(c, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(c, CURLOPT_XFERINFOFUNCTION, &onProgress);
     curl_easy_setopt(c, CURLOPT_XFERINFODATA, &transfer);
+    if (limits_.httpsOnly) {
+        curl_easy_setopt(c, CURLOPT_PROTOCOLS_STR, "https");
+        curl_easy_setopt(c, CURLOPT_REDIR_PROTOCOLS_STR, "https");
+    }
+    if (!limits_.trustedCAFile.empty()) {
+        curl_easy_setopt(c, CURLOPT_CAINFO, limits_.trustedCAFile.c_str());
+        curl_easy_setopt(c, CURLOPT_CAPATH, nullptr);
+    }
     if (body) {
         curl_easy_setopt(c, CURLOPT_POST, 1L);
         curl_easy_setopt(c, CURLOPT_POSTFIELDS, body->data());
@@ -174,7 +182,7 @@ HttpResponse HttpClient::perform(Handle& h, const std::string& url, const Header
     const CURLcode rc = curl_easy_perform(c);
     if (rc != CURLE_OK) {
         if (transfer.overflow) {
-            throw HttpTransportError("response larger than " + std::to_string(maxBytes) + " bytes");
+            throw HttpBodyTooLarge("response larger than " + std::to_string(maxBytes) + " bytes");
         }
         if (rc == CURLE_OPERATION_TIMEDOUT || transfer.idleTimeout) {
             throw HttpTransportError("The request timed out.");

@@ -24,9 +24,20 @@ public:
     using MessageError::MessageError;
 };
 
+// A 200 answer whose body went past the reader's limit; reading stopped there.
+class HttpBodyTooLarge : public HttpTransportError {
+public:
+    using HttpTransportError::HttpTransportError;
+};
+
 struct HttpLimits {
     double inactivitySec = 30.0;  // no byte moving either way for this long fails
     double totalSec = 60.0;       // the whole exchange, connection included
+    // Refuses every scheme but https, before any connection and on redirects.
+    bool httpsOnly = false;
+    // The certificate authorities to trust instead of the system's: only the
+    // tests set it, for their loopback https servers.
+    std::string trustedCAFile = {};
 };
 
 // A small blocking HTTP client over libcurl. It keeps a pool of easy handles so
@@ -45,7 +56,8 @@ public:
     // response arrived.
     HttpResponse post(const std::string& url, const Headers& headers, std::string_view body) const;
 
-    // GETs url, reading at most maxBytes of a 200 body (a longer body fails).
+    // GETs url, reading at most maxBytes of a 200 body: reading stops at the
+    // first byte past it, with HttpBodyTooLarge.
     HttpResponse get(const std::string& url, const Headers& headers,
                      std::size_t maxBytes = SIZE_MAX) const;
 

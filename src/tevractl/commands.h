@@ -21,6 +21,8 @@ int stats(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostrea
 int keys(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 // notes process | list | show | delete
 int notes(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
+// update check | verify
+int update(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 
 // Help texts, printed for --help and after a usage error.
 extern const char* const kUsage;

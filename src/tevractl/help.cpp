@@ -17,6 +17,7 @@ const char* const kUsage =
     "  stats [--json]                   words, speed, streaks and the applications used\n"
     "  keys                             which service keys are present\n"
     "  notes process|list|show|delete   sessions of the notetaker, from recordings\n"
+    "  update check|verify              the signed update feed: ask it, or judge a file\n"
     "\n"
     "Run `tevractl COMMAND --help` for one command.\n";
 
@@ -80,6 +81,18 @@ std::string helpFor(const std::string& command) {
          "\n"
          "exit status: 0 done, 1 the work failed (no database, no such session, or a part\n"
          "of process failed), 2 a wrong command line or a file that is not such a WAV\n"},
+        {"update",
+         "usage: tevractl update check [--feed URL]\n"
+         "       tevractl update verify FILE [--public-key BASE64] [--current-version V]\n"
+         "\n"
+         "check fetches the update feed (the appcastURL setting, or URL) exactly as Tevra\n"
+         "does at start and prints the decision: \"up to date\", \"update available:\n"
+         "VERSION URL\" or \"rejected: REASON\". verify judges a feed file the same way,\n"
+         "without the network, so that a signed feed can be checked before it is published:\n"
+         "against the built-in public key or BASE64, and this version or V.\n"
+         "\n"
+         "exit status: 0 up to date or an update available, 1 rejected, 2 a wrong command\n"
+         "line or a file that cannot be read\n"},
     };
     const auto it = help.find(command);
     return it == help.end() ? std::string() : it->second;

@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
     static const std::map<std::string, Command> commands = {
         {"dictate", ctl::dictate}, {"translate", ctl::translate}, {"history", ctl::history},
         {"stats", ctl::stats},     {"keys", ctl::keys},           {"notes", ctl::notes},
+        {"update", ctl::update},
     };
     const auto it = commands.find(all[0]);
     if (it == commands.end()) {

@@ -8,11 +8,13 @@
 #include <cmath>
 #include <fstream>
 #include <future>
+#include <mutex>
 #include <nlohmann/json.hpp>
 
 #include "base/virtual_main_queue.h"
 #include "capture/audio_error.h"
 #include "capture/key_symbols.h"
+#include "crash/crash_reporter.h"
 #include "store/history_store.h"
 #include "stt/wav_reader.h"
 #include "support/recording_app_services.h"
@@ -21,6 +23,7 @@
 #include "support/recording_capture.h"
 #include "support/recording_desktop_keyboard.h"
 #include "support/temp_dir.h"
+#include "update/update_checker.h"
 
 namespace tevra {
 namespace {
@@ -87,6 +90,11 @@ protected:
     std::vector<RecordingDesktopKeyboard*> keyboards;  // the newest belongs to the running backend
     std::vector<std::string> logs;
     std::shared_ptr<AppDelegate> app;
+    // The housekeeping of a start; absent unless a test sets them.
+    std::function<UpdateDecision(const std::string&, const std::string&)> checkForUpdate;
+    std::shared_ptr<testing::RecordingUpdatePrompt> updatePrompt;
+    std::function<void(const std::filesystem::path&, bool, const std::optional<std::string>&)>
+        flushCrashReports;
 
     void SetUp() override {
         journal->clock = [this] { return queue.now(); };
@@ -144,6 +152,9 @@ protected:
             return pill;
         };
         services.log = [this](const std::string& line) { logs.push_back(line); };
+        services.checkForUpdate = checkForUpdate;
+        services.updatePrompt = updatePrompt;
+        services.flushCrashReports = flushCrashReports;
         app = AppDelegate::create(services);
         app->applicationDidFinishLaunching();
         queue.runPending();
@@ -601,6 +612,89 @@ TEST_F(AppDelegateTest, SettingsSavedDuringACaptureSwapTheKeysAndTheCaptureStill
     EXPECT_FALSE(app->isCapturing());
     awaitPipeline();
     EXPECT_EQ(keys->posted.size(), 1u);
+}
+
+TEST_F(AppDelegateTest, TheLastRunsCrashIsCollectedAtStartAndSentWithTheSettings) {
+    writeSettings({{"crashReportsEnabled", true}, {"crashReportURL", "https://crash.example/api"}});
+    std::filesystem::create_directories(data / "crash");
+    std::ofstream(data / "crash" / "last-signal.txt") << "tevra(+0x1) [0x2]\n";
+    std::mutex mutex;
+    std::vector<std::string> flushes;
+    flushCrashReports = [&](const std::filesystem::path& dir, bool enabled,
+                            const std::optional<std::string>& endpoint) {
+        std::lock_guard lock(mutex);
+        flushes.push_back(dir.string() + (enabled ? " on " : " off ") + endpoint.value_or("-") +
+                          (CrashReporter::hasPending(dir) ? " pending" : ""));
+    };
+    launch();
+    work->waitUntilIdle();
+    EXPECT_FALSE(std::filesystem::exists(data / "crash" / "last-signal.txt"));
+    std::lock_guard lock(mutex);
+    EXPECT_THAT(flushes,
+                ElementsAre(data.path().string() + " on https://crash.example/api pending"));
+}
+
+TEST_F(AppDelegateTest, ANewerReleaseIsOfferedAndEverythingElseIsSilent) {
+    Appcast release{"2.0.0", "https://dl.example.org/tevra.tar.gz", std::nullopt, "Faster.", "sig"};
+    struct Case {
+        std::string name;
+        std::string feed;
+        UpdateDecision decision;
+        bool download;
+        std::vector<std::string> journal;
+    };
+    const std::string feed = "https://updates.example.org/appcast.json";
+    const std::vector<Case> cases = {
+        {"an http feed is never asked",
+         "http://updates.example.org/appcast.json",
+         UpdateDecision::updateAvailable(release),
+         true,
+         {}},
+        {"download",
+         feed,
+         UpdateDecision::updateAvailable(release),
+         true,
+         {"check " + feed + " " + WeftCoreInfo::version, "offer Tevra 2.0.0 is available | Faster.",
+          "open " + release.url}},
+        {"later, and no notes",
+         feed,
+         UpdateDecision::updateAvailable(Appcast{"2.0.0", release.url, {}, {}, "sig"}),
+         false,
+         {"check " + feed + " " + WeftCoreInfo::version,
+          "offer Tevra 2.0.0 is available | A new version of Tevra is ready to download."}},
+        {"refused",
+         feed,
+         UpdateDecision::rejected(UpdateChecker::kTampered),
+         true,
+         {"check " + feed + " " + WeftCoreInfo::version}},
+        {"up to date",
+         feed,
+         UpdateDecision::upToDate(),
+         true,
+         {"check " + feed + " " + WeftCoreInfo::version}},
+    };
+    for (const Case& c : cases) {
+        writeSettings({{"appcastURL", c.feed}});
+        std::vector<std::string> seen;
+        checkForUpdate = [&](const std::string& url, const std::string& version) {
+            seen.push_back("check " + url + " " + version);  // one at a time, on the pool
+            return c.decision;
+        };
+        updatePrompt = std::make_shared<testing::RecordingUpdatePrompt>();
+        updatePrompt->download = c.download;
+        logs.clear();
+        launch();
+        work->waitUntilIdle();
+        queue.runPending();
+        for (const UpdateOffer& offer : updatePrompt->offers) {
+            seen.push_back("offer " + offer.message + " | " + offer.informative);
+        }
+        for (const std::string& url : updatePrompt->opened) {
+            seen.push_back("open " + url);
+        }
+        EXPECT_EQ(seen, c.journal) << c.name;
+        EXPECT_THAT(logs, Not(Contains(HasSubstr("appcast")))) << c.name;
+    }
 }
 
 }  // namespace

@@ -6,13 +6,28 @@
 
 #include <stdexcept>
 
+#include "support/test_tls.h"
+
 namespace tevra::testing {
 
-LoopbackServer::LoopbackServer() {
+LoopbackServer::LoopbackServer() : server_(std::make_unique<httplib::Server>()), scheme_("http") {
+    bind();
+}
+
+LoopbackServer::LoopbackServer(const TestTLS& tls)
+    : server_(std::make_unique<httplib::SSLServer>(tls.certFile.c_str(), tls.keyFile.c_str())),
+      scheme_("https") {
+    if (!server_->is_valid()) {
+        throw std::runtime_error("loopback server: cannot load " + tls.certFile.string());
+    }
+    bind();
+}
+
+void LoopbackServer::bind() {
     // Production servers disable Nagle; without this, small replies on a kept-alive
     // connection wait for the client's delayed acknowledgement (about 40 ms).
-    server_.set_tcp_nodelay(true);
-    port_ = server_.bind_to_any_port("127.0.0.1");
+    server_->set_tcp_nodelay(true);
+    port_ = server_->bind_to_any_port("127.0.0.1");
     if (port_ <= 0) {
         throw std::runtime_error("loopback server: no free port on 127.0.0.1");
     }
@@ -23,7 +38,7 @@ LoopbackServer::~LoopbackServer() {
 }
 
 void LoopbackServer::start() {
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
+    thread_ = std::thread([this] { server_->listen_after_bind(); });
 }
 
 void LoopbackServer::stop() {
@@ -32,14 +47,14 @@ void LoopbackServer::stop() {
         stopped_ = true;
     }
     stopping_.notify_all();
-    server_.stop();
+    server_->stop();
     if (thread_.joinable()) {
         thread_.join();
     }
 }
 
 std::string LoopbackServer::baseURL() const {
-    return "http://127.0.0.1:" + std::to_string(port_);
+    return scheme_ + "://127.0.0.1:" + std::to_string(port_);
 }
 
 void LoopbackServer::stall(std::chrono::milliseconds d) {

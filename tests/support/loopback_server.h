@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -13,21 +14,25 @@
 
 namespace tevra::testing {
 
+struct TestTLS;
+
 // A real HTTP/1.1 server on 127.0.0.1 and a free port, for tests that drive the
 // product's HTTP clients over the wire. Register handlers on server(), then start().
 class LoopbackServer {
 public:
     LoopbackServer();
+    // An https server presenting the certificate of tls.
+    explicit LoopbackServer(const TestTLS& tls);
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;
 
-    httplib::Server& server() { return server_; }
+    httplib::Server& server() { return *server_; }
     void start();
     void stop();
 
     int port() const { return port_; }
-    std::string baseURL() const;  // "http://127.0.0.1:<port>"
+    std::string baseURL() const;  // "http://127.0.0.1:<port>", or https
 
     // Sleeps in a handler for up to d, returning early when the server stops,
     // so that a test of a slow answer never holds up its own tear-down.
@@ -42,7 +47,10 @@ public:
     static int closedPort();
 
 private:
-    httplib::Server server_;
+    void bind();
+
+    std::unique_ptr<httplib::Server> server_;
+    std::string scheme_;
     int port_ = -1;
     std::thread thread_;
     mutable std::mutex mutex_;

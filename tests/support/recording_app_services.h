@@ -11,6 +11,7 @@
 #include "pill/hud.h"
 #include "pill/pill.h"
 #include "support/recording_capture.h"
+#include "update/update_prompt.h"
 
 // Recording fakes of the services the orchestrator reports to.
 namespace tevra::testing {
@@ -69,6 +70,20 @@ public:
         ++requests;
         reply(grant);
     }
+};
+
+// The update offer: the texts it was shown, the answer it gives, the pages opened.
+class RecordingUpdatePrompt : public UpdatePrompt {
+public:
+    bool download = true;
+    std::vector<UpdateOffer> offers;
+    std::vector<std::string> opened;
+
+    bool askToDownload(const UpdateOffer& offer) override {
+        offers.push_back(offer);
+        return download;
+    }
+    void openURL(const std::string& url) override { opened.push_back(url); }
 };
 
 }  // namespace tevra::testing

@@ -15,6 +15,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <fstream>
 #include <map>
 #include <mutex>
@@ -450,6 +451,23 @@ TEST_F(DictationSystemTest, ARowClickedOnTheCardIsPastedWhereTheUserWas) {
     const auto lost = peer.waitFor(
         "active", 0.5, [](const nlohmann::json& event) { return event["active"] == false; });
     EXPECT_FALSE(lost.has_value()) << "the application lost the focus";
+}
+
+TEST_F(DictationSystemTest, ACrashLeavesItsStackAndTheNextStartMakesAReport) {
+    startTevra();
+    ASSERT_EQ(::kill(static_cast<pid_t>(tevra.processId()), SIGSEGV), 0);
+    ASSERT_TRUE(tevra.waitForFinished(15000));
+    EXPECT_EQ(tevra.exitStatus(), QProcess::CrashExit);
+    const auto signalFile = dataDir() / "crash" / "last-signal.txt";
+    EXPECT_THAT(testing::readFile(signalFile), HasSubstr("/tevra(+"));
+
+    const auto pending = dataDir() / "crash" / "pending.json";
+    startTevra();
+    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(pending); }, 30));
+    const auto report = nlohmann::json::parse(testing::readFile(pending), nullptr, false);
+    EXPECT_EQ(report["kind"], "signal");
+    EXPECT_THAT(report["frames"].dump(), HasSubstr("/tevra(+"));
+    EXPECT_FALSE(std::filesystem::exists(signalFile));
 }
 
 TEST(TevraWithoutADisplay, SaysSoInOneLineAndExits) {

@@ -202,5 +202,58 @@ TEST_F(TevractlTest, ADamagedHistoryIsMovedAsideAndSaysWhere) {
     EXPECT_THAT(testing::readFile(dataDir() / "tevra.log"), HasSubstr(where[1].str()));
 }
 
+// The release tool's key and feed, judged by `tevractl update verify` exactly
+// as Tevra judges a fetched feed.
+TEST_F(TevractlTest, AFeedSignedByTheReleaseToolVerifiesAndATamperedOneDoesNot) {
+    const std::string tool = std::string(TEVRA_TESTS_DIR) + "/../scripts/sign-appcast";
+    const std::string key = (home / "feed.pem").string();
+    const auto made = testing::runProcess({tool, "--keygen", key});
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+    const std::string publicKey = made.out.substr(0, made.out.find('\n'));
+    EXPECT_EQ(testing::modeOf(key), 0600u);
+    const std::string feed = (home / "appcast.json").string();
+    const auto signedFeed = testing::runProcess({tool, "--key", key, "--version", "2.0.0", "--url",
+                                                 "https://dl.example.org/tevra-2.0.0.tar.gz",
+                                                 "--notes", "Faster.", "--output", feed});
+    ASSERT_EQ(signedFeed.exitCode, 0) << signedFeed.err;
+
+    struct Case {
+        std::vector<std::string> args;
+        int status;
+        std::string out;
+    };
+    const std::vector<Case> cases = {
+        {{"verify", feed, "--public-key", publicKey, "--current-version", "1.0"},
+         0,
+         "update available: 2.0.0 https://dl.example.org/tevra-2.0.0.tar.gz\n"},
+        {{"verify", feed, "--public-key", publicKey, "--current-version", "2.0.0"},
+         0,
+         "up to date\n"},
+        {{"verify", feed},
+         1,
+         "rejected: appcast signature invalid \u2014 refusing (possible tampering)\n"},
+        {{"check", "--feed", "http://dl.example.org/appcast.json"},
+         1,
+         "rejected: appcast URL not https\n"},
+        {{"verify"}, 2, ""},
+        {{"verify", (home / "none.json").string()}, 2, ""},
+        {{"sign"}, 2, ""},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> args = c.args;
+        args.insert(args.begin(), "update");
+        const auto run = tevractl(args);
+        EXPECT_EQ(run.exitCode, c.status) << c.args[0] << " " << run.err;
+        EXPECT_EQ(run.out, c.out) << c.args[0];
+    }
+
+    std::string text = testing::readFile(feed);
+    text.replace(text.find("2.0.0"), 5, "2.0.1");
+    std::ofstream(feed) << text;
+    const auto tampered = tevractl({"update", "verify", feed, "--public-key", publicKey});
+    EXPECT_EQ(tampered.exitCode, 1);
+    EXPECT_THAT(tampered.out, HasSubstr("possible tampering"));
+}
+
 }  // namespace
 }  // namespace tevra
