@@ -91,6 +91,10 @@ TEST_F(PillManagerTest, EveryScreenHasItsPillAndOnlyTheMainOneShowsACapture) {
     EXPECT_EQ(pills->recordingController().get(), &pill(1));
 
     pills->finishRecording();
+    desktop->setScreens({kLaptop, kMonitor});  // the monitor comes back
+    queue.runPending();
+    ASSERT_EQ(pills->controllers().size(), 2u);
+    EXPECT_TRUE(panel(pill(2)).visible);
     pills->hide();
     EXPECT_FALSE(panel(pill(1)).visible);
     pills->startRecording();

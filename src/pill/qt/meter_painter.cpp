@@ -5,16 +5,12 @@
 
 #include "pill/hud_geometry.h"
 #include "pill/meter_geometry.h"
+#include "pill/qt/paint_colours.h"
 
 namespace tevra::MeterPainter {
 namespace {
 
 const QColor kOrange(255, 149, 0);
-
-QColor withAlpha(QColor color, double alpha) {
-    color.setAlphaF(static_cast<float>(alpha));
-    return color;
-}
 
 QRectF toQt(const PillRect& rect) {
     return {rect.x, rect.y, rect.width, rect.height};

@@ -7,6 +7,7 @@
 #include "core/weft_runtime.h"
 #include "pill/pill_texts.h"
 #include "pill/qt/meter_painter.h"
+#include "pill/qt/paint_colours.h"
 
 namespace tevra::PillCards {
 namespace {
@@ -14,12 +15,6 @@ namespace {
 constexpr double kPadding = 14;
 const QColor kDarkText(22, 22, 26);
 const QColor kPasted(52, 199, 89);
-
-QColor white(double alpha) {
-    QColor colour(Qt::white);
-    colour.setAlphaF(static_cast<float>(alpha));
-    return colour;
-}
 
 QFont font(double pixels, QFont::Weight weight = QFont::Normal) {
     QFont f;
@@ -54,6 +49,16 @@ void drawWrapped(QPainter& painter, const QRectF& box, QString text, int maxLine
         y += metrics.lineSpacing();
     }
     layout.endLayout();
+}
+
+// The card's title at its top left, the painter made ready for text.
+void beginCard(QPainter& painter, const QString& title, double width) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::TextAntialiasing);
+    painter.setFont(font(14, QFont::DemiBold));
+    painter.setPen(white(0.95));
+    painter.drawText(QRectF(kPadding, kPadding - 2, width, 22), Qt::AlignLeft | Qt::AlignVCenter,
+                     title);
 }
 
 void drawChip(QPainter& painter, const QRectF& chip, const QString& label, bool selected) {
@@ -139,13 +144,7 @@ void paintPeek(QPainter& painter, QSizeF size, const PillState& state, double no
     const WeftSettings& settings = state.runtime().settings();
     const double width = size.width() - 2 * kPadding;
     painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setRenderHint(QPainter::TextAntialiasing);
-
-    painter.setFont(font(14, QFont::DemiBold));
-    painter.setPen(white(0.95));
-    painter.drawText(QRectF(kPadding, kPadding - 2, width, 20), Qt::AlignLeft | Qt::AlignVCenter,
-                     "Tevra");
+    beginCard(painter, "Tevra", width);
     painter.setFont(font(11, QFont::DemiBold));
     const QString language = qt(state.languageLabel());
     const double chipWidth = QFontMetricsF(painter.font()).horizontalAdvance(language) + 16;
@@ -202,13 +201,7 @@ void paintFull(QPainter& painter, QSizeF size, const PillState& state, const Hov
     const FullLayout layout = fullLayout(size);
     const double width = size.width() - 2 * kPadding;
     painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setRenderHint(QPainter::TextAntialiasing);
-
-    painter.setFont(font(14, QFont::DemiBold));
-    painter.setPen(white(0.95));
-    painter.drawText(QRectF(kPadding, kPadding - 2, width - 30, 22),
-                     Qt::AlignLeft | Qt::AlignVCenter, "History");
+    beginCard(painter, "History", width - 30);
     painter.setPen(Qt::NoPen);
     painter.setBrush(white(hover.close ? 0.2 : 0.1));
     painter.drawEllipse(layout.close);

@@ -13,18 +13,13 @@
 
 #include "pill/pill_controller.h"
 #include "pill/pill_metrics.h"
+#include "pill/qt/paint_colours.h"
 
 namespace tevra {
 namespace {
 
 // The mouse must move this far, in points, before a press becomes a drag.
 constexpr double kDragThreshold = 4;
-
-QColor white(double alpha) {
-    QColor colour(Qt::white);
-    colour.setAlphaF(static_cast<float>(alpha));
-    return colour;
-}
 
 QRectF toQt(const PillRect& rect) {
     return {rect.x, rect.y, rect.width, rect.height};

@@ -3,6 +3,7 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
+#include <map>
 
 #include "pill/pill_layout.h"
 #include "pill/qt/pill_window.h"
@@ -45,24 +46,38 @@ void QtPillDesktop::changed() {
     });
 }
 
-PillScreen QtPillDesktop::describe(const QScreen& screen) {
-    const QRect area = screen.availableGeometry();
-    return {PillLayout::screenKey(screen.name().toStdString()),
-            {static_cast<double>(area.x()), static_cast<double>(area.y()),
-             static_cast<double>(area.width()), static_cast<double>(area.height())}};
+std::vector<std::pair<QScreen*, PillScreen>> QtPillDesktop::listed() {
+    std::vector<std::pair<QScreen*, PillScreen>> all;
+    std::map<QString, int> seen;
+    for (QScreen* screen : QGuiApplication::screens()) {
+        // Names repeat where each X screen has one output of the same name
+        // (Xvfb's "screen"): the second of a name is "name#2", and so on.
+        const int occurrence = ++seen[screen->name()];
+        const QString name =
+            occurrence == 1 ? screen->name() : screen->name() + "#" + QString::number(occurrence);
+        const QRect area = screen->availableGeometry();
+        all.emplace_back(
+            screen,
+            PillScreen{PillLayout::screenKey(name.toStdString()),
+                       {static_cast<double>(area.x()), static_cast<double>(area.y()),
+                        static_cast<double>(area.width()), static_cast<double>(area.height())}});
+    }
+    return all;
 }
 
 std::vector<PillScreen> QtPillDesktop::screens() const {
     std::vector<PillScreen> all;
-    for (const QScreen* screen : QGuiApplication::screens()) {
-        all.push_back(describe(*screen));
+    for (const auto& entry : listed()) {
+        all.push_back(entry.second);
     }
     return all;
 }
 
 std::optional<uint32_t> QtPillDesktop::mainScreen() const {
-    if (const QScreen* primary = QGuiApplication::primaryScreen()) {
-        return describe(*primary).key;
+    for (const auto& [screen, described] : listed()) {
+        if (screen == QGuiApplication::primaryScreen()) {
+            return described.key;
+        }
     }
     return std::nullopt;
 }
@@ -74,8 +89,8 @@ PillPoint QtPillDesktop::mouseLocation() const {
 
 std::unique_ptr<PillPanel> QtPillDesktop::makePanel(uint32_t screen, PillController& controller) {
     QScreen* home = nullptr;
-    for (QScreen* candidate : QGuiApplication::screens()) {
-        if (describe(*candidate).key == screen) {
+    for (const auto& [candidate, described] : listed()) {
+        if (described.key == screen) {
             home = candidate;
         }
     }

@@ -12,7 +12,7 @@ class QScreen;
 namespace tevra {
 
 // The pills' desktop on Qt: every QScreen with its available geometry as the
-// visible frame and its name as its key, the primary screen as the main one,
+// visible frame and a key from its name, the primary screen as the main one,
 // the cursor, and PillWindows for panels. Main thread only.
 class QtPillDesktop : public PillDesktop {
 public:
@@ -26,9 +26,11 @@ public:
     std::unique_ptr<PillPanel> makePanel(uint32_t screen, PillController& controller) override;
     void setScreensChanged(std::function<void()> observer) override;
 
-    static PillScreen describe(const QScreen& screen);
-
 private:
+    // Every screen with what the pills know of it. A screen's key comes from
+    // its name, told apart from an earlier screen of the same name.
+    static std::vector<std::pair<QScreen*, PillScreen>> listed();
+
     void watch(QScreen* screen);
     // Many signals come with one change of screens: the observer hears them once.
     void changed();
