@@ -137,35 +137,56 @@ QRectF PillWindow::contentRect() const {
     return capsuleTarget_.translated(-frame_.x, -frame_.y);
 }
 
-void PillWindow::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+void PillWindow::paintCapsule(QPainter& painter, QSizeF size, bool opaque) {
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF capsule = capsule_.translated(-frame_.x, -frame_.y);
-    if (capsule.isEmpty()) {
-        return;
-    }
-    const double radius = cornerRadius(capsule.size());
+    const QRectF capsule(QPointF(0, 0), size);
+    const double radius = cornerRadius(size);
     QPainterPath shape;
     shape.addRoundedRect(capsule, radius, radius);
-
     // Dark glass where the compositor lets the desktop through; a solid dark
     // capsule where it cannot.
-    painter.fillPath(shape, opaque_ ? QColor(30, 30, 35) : QColor(20, 20, 24, 214));
-    QLinearGradient sheen(0, capsule.top(), 0, capsule.top() + std::min(capsule.height(), 40.0));
+    painter.fillPath(shape, opaque ? QColor(30, 30, 35) : QColor(20, 20, 24, 214));
+    QLinearGradient sheen(0, 0, 0, std::min(size.height(), 40.0));
     sheen.setColorAt(0, white(0.11));
     sheen.setColorAt(1, white(0));
     painter.fillPath(shape, sheen);
-    if (!opaque_) {
+    if (!opaque) {
         // A dark outline keeps the glass apart from a light desktop.
         painter.setPen(QPen(QColor(0, 0, 0, 90), 1));
         painter.setBrush(Qt::NoBrush);
         painter.drawPath(shape);
     }
-    const QRectF inner = capsule.adjusted(1, 1, -1, -1);
     const double innerRadius = std::max(0.0, radius - 1);
     painter.setPen(QPen(white(0.16), 1));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(inner, innerRadius, innerRadius);
+    painter.drawRoundedRect(capsule.adjusted(1, 1, -1, -1), innerRadius, innerRadius);
+}
+
+const QPixmap& PillWindow::capsuleImage(QSizeF size, double scale) {
+    if (capsuleImage_.isNull() || capsuleImageSize_ != size || capsuleImageOpaque_ != opaque_ ||
+        capsuleImage_.devicePixelRatio() != scale) {
+        capsuleImage_ = QPixmap((size * scale).toSize());
+        capsuleImage_.setDevicePixelRatio(scale);
+        capsuleImage_.fill(Qt::transparent);
+        QPainter painter(&capsuleImage_);
+        paintCapsule(painter, size, opaque_);
+        capsuleImageSize_ = size;
+        capsuleImageOpaque_ = opaque_;
+    }
+    return capsuleImage_;
+}
+
+void PillWindow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const QRectF capsule = capsule_.translated(-frame_.x, -frame_.y);
+    if (capsule.isEmpty()) {
+        return;
+    }
+    // The capsule changes only with its size: during a capture only the bars
+    // are drawn afresh.
+    painter.drawPixmap(capsule.topLeft(),
+                       capsuleImage(capsule.size(), painter.deviceTransform().m11()));
+    painter.setRenderHint(QPainter::Antialiasing);
 
     // The content of the phase stands where the capsule is going and shows
     // as the capsule opens over it.
@@ -177,8 +198,13 @@ void PillWindow::paintEvent(QPaintEvent*) {
     const bool fits =
         size.width() >= expected.width - 0.5 && size.height() >= expected.height - 0.5;
     const double opened = (capsule.width() * capsule.height()) / (size.width() * size.height());
-    painter.setClipPath(shape);
-    painter.setOpacity(std::clamp((opened - 0.6) / 0.4, 0.0, 1.0));
+    if (capsule != content) {
+        QPainterPath shape;
+        const double radius = cornerRadius(capsule.size());
+        shape.addRoundedRect(capsule, radius, radius);
+        painter.setClipPath(shape);
+        painter.setOpacity(std::clamp((opened - 0.6) / 0.4, 0.0, 1.0));
+    }
     painter.translate(content.topLeft());
     const double now = HistoryRow::currentTimestamp();
     if (!fits || phase == PillPhase::idle) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPixmap>
 #include <QPointF>
 #include <QRectF>
 #include <QWidget>
@@ -55,6 +56,10 @@ private:
     // Where the content of the present phase lies, in the window.
     QRectF contentRect() const;
     void click(QPointF inWindow);
+    static void paintCapsule(QPainter& painter, QSizeF size, bool opaque);
+    // The capsule without its content, at a scale of device pixels, kept
+    // until its size or its look changes.
+    const QPixmap& capsuleImage(QSizeF size, double scale);
     void capsuleMoved();
     void glideStep();
 
@@ -72,6 +77,9 @@ private:
     std::optional<QPointF> pressedAt_;  // on the screen
     bool dragging_ = false;
     PillCards::Hover hover_;
+    QPixmap capsuleImage_;
+    QSizeF capsuleImageSize_;
+    bool capsuleImageOpaque_ = false;
 };
 
 }  // namespace tevra
