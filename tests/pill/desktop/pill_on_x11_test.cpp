@@ -66,7 +66,7 @@ TEST(PillOnX11, EveryPhaseIsAnOpaqueCapsuleCutToShapeOnLightAndDarkDesktops) {
         {"full", [&] { pill.state().openFull(); }, true, bright, 800},
         {"recording", [&] { pills->startRecording(), pills->updateLevel(0.8); }, false, bright, 40},
         {"processing", [&] { pills->processing(); }, false, bright, 20},
-        {"done", [&] { pills->done(); }, false, bright, 10},
+        {"done", [&] { pills->done(); }, false, bright, 8},
         {"error", [&] { pills->startRecording(), pills->error(); }, false, orange, 20},
     };
     for (const QColor backdrop : {QColor(236, 238, 242), QColor(24, 30, 44)}) {
