@@ -24,6 +24,7 @@
 #include "core/weft_runtime.h"
 #include "notetaker/notetaker_controller.h"
 #include "pill/hud.h"
+#include "pill/pill.h"
 #include "polish/mode.h"
 #include "update/update_decision.h"
 #include "update/update_prompt.h"
@@ -52,6 +53,10 @@ struct AppServices {
     std::function<std::unique_ptr<DesktopKeyboard>()> makeKeyboard;
     // The notetaker, made at start-up on the runtime; none: no notetaker.
     std::function<std::shared_ptr<NotetakerController>(WeftRuntime&)> makeNotetaker;
+    // The pills, made at start-up on the runtime with what pastes a history
+    // row; none: no pills, and every pill call is skipped.
+    std::function<std::shared_ptr<Pill>(WeftRuntime&, std::function<void(const std::string&)>)>
+        makePill;
     // Whether the talk key can be watched here at all (the X display has
     // XTest and XInput2); asked again while waiting for it.
     std::function<bool()> inputControlAvailable;
@@ -71,8 +76,8 @@ struct AppServices {
 
 // The orchestrator: every hotkey ends here. It decides whether an action may
 // run now, starts and finishes the recorder, hands the samples to the
-// pipeline on a work thread, and puts the result at the cursor, on the HUD
-// and in the chime. Everything runs on the main queue but the pipeline work.
+// pipeline on a work thread, and puts the result at the cursor, on the pill,
+// the HUD and in the chime. Everything runs on the main queue but the pipeline work.
 //
 // Lives in a std::shared_ptr: hotkey callbacks and timers hold it weakly; the
 // pipeline work holds it until it ends.
@@ -97,7 +102,7 @@ public:
 
     // Start-up: the runtime, the notetaker, the chime's setting, the crash
     // report of the last run, the settings observer, the microphone check, the
-    // hotkeys, then the update check.
+    // pills, the hotkeys, then the update check.
     void applicationDidFinishLaunching();
     // Once per start: looks at the feed of settings.appcastURL off the main
     // queue and offers a newer release; everything else is dropped in silence.
@@ -117,6 +122,7 @@ public:
     bool isCapturing() const { return recording_; }
     WeftRuntime* runtime() const { return runtime_.get(); }
     HotkeyBackend* hotkey() const { return hotkey_.get(); }
+    Pill* pill() const { return pill_.get(); }
     // The running backend's name ("fn-tap", "hotkey"), or none when no key could be taken.
     const std::optional<std::string>& hotkeyName() const { return hotkeyName_; }
     // What the user should hear of the running hotkeys, one line each: a talk
@@ -142,6 +148,11 @@ private:
     // The notetaker's start-up step, and what its changes mean for the chime and the tray.
     void startNotetaker();
     void notetakerChanged();
+    void startPill();
+    // The pills, or while there are none, something that ignores every call.
+    Pill& pills();
+    // A history row clicked on a pill's card, put at the cursor again.
+    void pasteFromPill(const std::string& text);
     // One line of hotkeyNotices(), shaken on the HUD the first time it is said.
     void notice(const std::string& line);
     // Turns the last run's crash into a report and sends it off the main queue.
@@ -160,6 +171,7 @@ private:
     std::shared_ptr<AudioRecorder> recorder_;
     std::unique_ptr<WeftRuntime> runtime_;
     std::shared_ptr<NotetakerController> notetaker_;
+    std::shared_ptr<Pill> pill_;
     std::shared_ptr<HotkeyBackend> hotkey_;
     std::optional<std::string> hotkeyName_;
     std::vector<std::string> hotkeyNotices_;

@@ -23,7 +23,10 @@
 #include "notetaker/linux/pulse_microphone_use.h"
 #include "notetaker/linux/pulse_monitor_source.h"
 #include "notetaker/linux/x11_running_applications.h"
+#include "pill/linux/x11_compositor.h"
+#include "pill/pill_manager.h"
 #include "pill/qt/hud_controller.h"
+#include "pill/qt/qt_pill_desktop.h"
 #include "update/qt/qt_update_prompt.h"
 #include "update/update_checker.h"
 // Xlib last: its macros (None, Status) clash with Qt's names.
@@ -81,6 +84,12 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
                                              std::make_shared<LibsecretStore>());
     };
     services.makeNotetaker = [this](WeftRuntime& runtime) { return makeNotetaker(runtime); };
+    services.makePill = [this](WeftRuntime& runtime, PillManager::OnPaste onPaste) {
+        auto desktop =
+            std::make_shared<QtPillDesktop>(queue_, [x = x_] { return x11CompositorRunning(*x); });
+        return PillManager::create(queue_, runtime, &notifications_, std::move(desktop),
+                                   std::move(onPaste), PillPreview::fromEnvironment());
+    };
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
     services.log = writeLog;

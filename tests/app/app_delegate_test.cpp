@@ -44,6 +44,7 @@ using testing::RecordingClipboard;
 using testing::RecordingDesktopKeyboard;
 using testing::RecordingHud;
 using testing::RecordingKeyInjector;
+using testing::RecordingPill;
 using testing::RecordingSoundCues;
 using testing::RecordingStatusItem;
 using testing::ScriptedFocusProbe;
@@ -69,6 +70,7 @@ protected:
     TempDir data;
     std::shared_ptr<Journal> journal = std::make_shared<Journal>();
     std::shared_ptr<RecordingHud> hud = std::make_shared<RecordingHud>(journal);
+    std::shared_ptr<RecordingPill> pill = std::make_shared<RecordingPill>(journal);
     std::shared_ptr<RecordingAudioRecorder> recorder = std::make_shared<RecordingAudioRecorder>();
     std::shared_ptr<RecordingClipboard> clipboard = std::make_shared<RecordingClipboard>(journal);
     std::shared_ptr<RecordingKeyInjector> keys = std::make_shared<RecordingKeyInjector>(journal);
@@ -150,6 +152,10 @@ protected:
             return keyboard;
         };
         services.inputControlAvailable = [this] { return inputControl; };
+        services.makePill = [this](WeftRuntime&, std::function<void(const std::string&)> paste) {
+            pill->onPaste = std::move(paste);
+            return pill;
+        };
         services.log = [this](const std::string& line) { logs.push_back(line); };
         services.checkForUpdate = checkForUpdate;
         services.updatePrompt = updatePrompt;
@@ -174,15 +180,16 @@ protected:
         queue.advance(TextInserter::pasteDelaySec);
     }
 
-    std::vector<std::string> hudCalls() const {
-        std::vector<std::string> calls;
+    std::vector<std::string> calls(const std::string& prefix) const {
+        std::vector<std::string> matching;
         for (const std::string& entry : journal->names()) {
-            if (entry.starts_with("hud ")) {
-                calls.push_back(entry);
+            if (entry.starts_with(prefix)) {
+                matching.push_back(entry);
             }
         }
-        return calls;
+        return matching;
     }
+    std::vector<std::string> hudCalls() const { return calls("hud "); }
     std::vector<std::string> sounds() const {
         std::vector<std::string> played;
         for (const std::string& entry : journal->names()) {
@@ -217,6 +224,62 @@ TEST_F(AppDelegateTest, ADictationGoesFromTheVoiceToTheCursorAndTheHistory) {
     ASSERT_EQ(rows.size(), 1u);
     EXPECT_EQ(rows[0].polished, "Hello, world.");
     EXPECT_EQ(rows[0].app, "Gedit");
+}
+
+TEST_F(AppDelegateTest, ThePillFollowsEveryCaptureFromTheKeyToThePaste) {
+    struct Case {
+        const char* name;
+        std::function<void()> run;
+        std::vector<std::string> pill;
+    };
+    const std::vector<Case> cases = {
+        {"pasted",
+         [&] { capture(1.0, tone(1.0)), awaitPipeline(); },
+         {"pill startRecording", "pill processing", "pill reload", "pill done"}},
+        {"too short",
+         [&] { capture(0.2, tone(0.2)); },
+         {"pill startRecording", "pill finishRecording"}},
+        {"no audio at all", [&] { capture(1.0, {}); }, {"pill startRecording", "pill error"}},
+        {"cancelled",
+         [&] { app->startSlot(0), app->cancelCapture(); },
+         {"pill startRecording", "pill finishRecording"}},
+        {"the microphone failed",
+         [&] {
+             app->startSlot(0);
+             recorder->completion(std::make_exception_ptr(MessageError("gone")));
+         },
+         {"pill startRecording", "pill error"}},
+        {"a password field",
+         [&] { secure->active = true, app->startSlot(0); },
+         {"pill startRecording", "pill finishRecording"}},
+        {"silence",
+         [&] { capture(1.0, Samples(16000, 0)), awaitPipeline(); },
+         {"pill startRecording", "pill processing", "pill error"}},
+        {"no paste",
+         [&] { keys->available = false, capture(1.0, tone(1.0)), awaitPipeline(); },
+         {"pill startRecording", "pill processing", "pill error", "pill reload"}},
+    };
+    launch();
+    EXPECT_THAT(calls("pill "), ElementsAre("pill show"));
+    for (const Case& c : cases) {
+        journal->entries.clear();
+        secure->active = false;
+        keys->available = true;
+        c.run();
+        EXPECT_EQ(calls("pill "), c.pill) << c.name;
+    }
+
+    keys->available = true;
+    app->startSlot(0);
+    recorder->onLevel(0.25f);
+    EXPECT_EQ(pill->levels, std::vector<double>{0.25});
+    app->cancelCapture();
+
+    // A row clicked on a pill's card goes to the cursor like a dictation.
+    pill->onPaste("Pasted from the card.");
+    queue.advance(TextInserter::pasteDelaySec);
+    EXPECT_EQ(clipboard->text(), "Pasted from the card.");
+    EXPECT_EQ(keys->posted.size(), 2u);
 }
 
 TEST_F(AppDelegateTest, ShortOrEmptyCapturesAreDiscarded) {

@@ -9,6 +9,7 @@
 #include "app/status_item.h"
 #include "capture/microphone_access.h"
 #include "pill/hud.h"
+#include "pill/pill.h"
 #include "support/recording_capture.h"
 #include "update/update_prompt.h"
 
@@ -25,6 +26,28 @@ public:
     void done() override { journal_->add("hud done"); }
     void error(const std::string& message) override { journal_->add("hud error " + message); }
     void hide() override { journal_->add("hud hide"); }
+
+private:
+    std::shared_ptr<Journal> journal_;
+};
+
+// Pills that write each call into the journal: "pill processing"; levels are
+// only counted. onPaste is what the orchestrator handed them for their cards.
+class RecordingPill : public Pill {
+public:
+    explicit RecordingPill(std::shared_ptr<Journal> journal) : journal_(std::move(journal)) {}
+
+    std::vector<double> levels;
+    std::function<void(const std::string&)> onPaste;
+
+    void startRecording() override { journal_->add("pill startRecording"); }
+    void updateLevel(double level) override { levels.push_back(level); }
+    void processing() override { journal_->add("pill processing"); }
+    void done() override { journal_->add("pill done"); }
+    void error() override { journal_->add("pill error"); }
+    void finishRecording() override { journal_->add("pill finishRecording"); }
+    void reload() override { journal_->add("pill reload"); }
+    void show() override { journal_->add("pill show"); }
 
 private:
     std::shared_ptr<Journal> journal_;

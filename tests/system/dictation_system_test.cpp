@@ -8,8 +8,10 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <QGuiApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QScreen>
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -20,10 +22,12 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "pill/qt/pill_cards.h"
 #include "store/history_store.h"
 #include "stt/wav_reader.h"
 #include "support/desktop/event_wait.h"
 #include "support/desktop/peer_process.h"
+#include "support/desktop/screenshots.h"
 #include "support/loopback_server.h"
 #include "support/speech_samples.h"
 #include "support/subprocess.h"
@@ -41,6 +45,38 @@ using testing::xdotool;
 
 constexpr const char* kTranscript = "hello from the system test";
 constexpr const char* kPolished = "Hello from the system test.";
+
+// The pill's window as the X server has it; none while it is not on the screen.
+std::optional<QRect> pillWindow() {
+    const std::string ids = xdotool({"search", "--onlyvisible", "--name", "^Tevra pill$"});
+    if (ids.empty()) {
+        return std::nullopt;
+    }
+    const std::string shell = xdotool(
+        {"getwindowgeometry", "--shell", QString::fromStdString(ids.substr(0, ids.find('\n')))});
+    std::map<std::string, int> values;
+    for (const QString& line : QString::fromStdString(shell).split('\n')) {
+        const auto parts = line.split('=');
+        if (parts.size() == 2) {
+            values[parts[0].toStdString()] = parts[1].toInt();
+        }
+    }
+    return QRect(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
+}
+
+bool waitForPill(QSize size, double seconds, std::optional<QRect>* seen = nullptr) {
+    std::optional<QRect> last;
+    const bool reached = waitUntil(
+        [&] {
+            last = pillWindow();
+            return last && last->size() == size;
+        },
+        seconds);
+    if (seen) {
+        *seen = last;
+    }
+    return reached;
+}
 
 class DictationSystemTest : public ::testing::Test {
 protected:
@@ -119,13 +155,18 @@ protected:
     }
 
     // Holds keys down while the microphone speaks, then lets them go.
-    void dictate(const QStringList& keys, const std::string& startedLine) {
+    void dictate(const QStringList& keys, const std::string& startedLine,
+                 const std::function<void()>& whileSpeaking = {}) {
         const auto speech = testing::spokenSamples(kTranscript, 48000, 2);
         VirtualMicrophone microphone;
         xdotool(QStringList{"keydown"} + keys);
         ASSERT_TRUE(waitForLog(startedLine, 10)) << "no capture started";
         pause(0.3);  // the record stream opens
         microphone.speak(speech);
+        if (whileSpeaking) {
+            pause(0.5);
+            whileSpeaking();
+        }
         ASSERT_TRUE(waitUntil([&] { return microphone.finished(); }, 20));
         pause(0.3);
         QStringList reversed;
@@ -151,10 +192,25 @@ TEST_F(DictationSystemTest, HoldingTheTalkKeyPutsThePolishedTextIntoAnotherAppli
         10))
         << greeting;
 
-    dictate({"Control_R"}, "Fn \u2192 Dictate");
+    ASSERT_TRUE(waitForPill({48, 30}, 10)) << "no pill at rest";
+    dictate({"Control_R"}, "Fn \u2192 Dictate", [] {
+        // The meter, on the pill at the bottom centre of the one screen.
+        std::optional<QRect> pill;
+        ASSERT_TRUE(waitForPill({84, 30}, 5, &pill)) << "the pill shows no recording";
+        EXPECT_EQ(pill->topLeft(), QPoint(598, 758));
+        const QImage shot =
+            QGuiApplication::primaryScreen()->grabWindow(0, pill->x(), pill->y(), 84, 30).toImage();
+        testing::saveScreenshot("system-pill-recording", shot);
+        int white = 0;
+        for (int x = 14; x < 70; ++x) {
+            white += shot.pixelColor(x, 15).lightness() > 200;
+        }
+        EXPECT_GT(white, 4) << "no white bars of the meter";
+    });
     const auto text = peer.waitFor(
         "text", 30, [](const nlohmann::json& event) { return event["text"] == kPolished; });
     ASSERT_TRUE(text.has_value()) << "the polished text never reached the peer";
+    EXPECT_TRUE(waitForPill({48, 30}, 5)) << "the pill did not come back to rest";
     EXPECT_EQ(speechRequests.load(), 1);
     EXPECT_THAT(log(), ::testing::ContainsRegex("Dictate: [0-9]+ms stt \\+ [0-9]+ms compose"));
 
@@ -253,6 +309,66 @@ TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTa
     nlohmann::json edited = {{"hotkey", "option"}, {"proxyBaseURL", service.baseURL() + "/v1"}};
     std::ofstream(dataDir() / "settings.json") << edited.dump();
     EXPECT_TRUE(waitForLog("scheme=option, hotkey", 10)) << "the edit was not taken into use";
+}
+
+TEST_F(DictationSystemTest, ADroppedPillSnapsToTheNearestEdgeAndIsThereAfterARestart) {
+    startTevra();
+    ASSERT_TRUE(waitForPill({48, 30}, 10));
+    xdotool({"mousemove", "640", "773"});
+    ASSERT_TRUE(waitForPill({244, 250}, 5)) << "the mouse did not open the card";
+    xdotool({"mousedown", "1"});
+    for (const char* x : {"600", "400", "200", "80"}) {
+        xdotool({"mousemove", x, "500"});
+        pause(0.05);
+    }
+    xdotool({"mouseup", "1"});
+    std::optional<QRect> pill;
+    EXPECT_TRUE(waitForPill({26, 54}, 5, &pill)) << "no tab on the left edge";
+    ASSERT_TRUE(pill.has_value());
+    EXPECT_EQ(pill->x(), 12);
+    const std::string layout = testing::readFile(dataDir() / "pill_layout.json");
+    EXPECT_NE(layout.find("\"edge\":\"left\""), std::string::npos) << layout;
+
+    tevra.stop();
+    startTevra();
+    std::optional<QRect> again;
+    EXPECT_TRUE(waitForPill({26, 54}, 10, &again));
+    EXPECT_EQ(again, pill) << "not where it was left";
+}
+
+TEST_F(DictationSystemTest, ARowClickedOnTheCardIsPastedWhereTheUserWas) {
+    {
+        HistoryStore history((dataDir() / "weft.sqlite").string());
+        history.seedDefaultsIfEmpty();
+        HistoryRow row;
+        row.polished = "Pasted again from the pill.";
+        history.add(row);
+    }
+    PeerProcess peer({.title = "Tevra system peer"});
+    peer.activate();
+    startTevra();
+    ASSERT_TRUE(waitForPill({48, 30}, 10));
+    xdotool({"mousemove", "640", "773"});
+    ASSERT_TRUE(waitForPill({244, 250}, 5));
+    xdotool({"click", "1"});
+    std::optional<QRect> card;
+    ASSERT_TRUE(waitForPill({320, 412}, 5, &card)) << "a click did not open the history";
+    pause(0.4);  // the card has opened
+    testing::saveScreenshot(
+        "system-pill-history",
+        QGuiApplication::primaryScreen()->grabWindow(0, card->x(), card->y(), 320, 412).toImage());
+    const QPointF row = card->topLeft() + PillCards::fullLayout({320, 412}).rows[0].center();
+    xdotool({"mousemove", QString::number(row.x()), QString::number(row.y())});
+    xdotool({"click", "1"});
+
+    const auto text = peer.waitFor("text", 10, [](const nlohmann::json& event) {
+        return event["text"] == "Pasted again from the pill.";
+    });
+    EXPECT_TRUE(text.has_value()) << "the row never reached the application";
+    EXPECT_TRUE(waitForPill({48, 30}, 5)) << "the card stayed open";
+    const auto lost = peer.waitFor(
+        "active", 0.5, [](const nlohmann::json& event) { return event["active"] == false; });
+    EXPECT_FALSE(lost.has_value()) << "the application lost the focus";
 }
 
 TEST_F(DictationSystemTest, ACrashLeavesItsStackAndTheNextStartMakesAReport) {
