@@ -37,6 +37,7 @@ install: build-release
 bench: build-release
 	@scripts/test-env scripts/run-bench build/release/bench
 	@scripts/test-env scripts/measure-idle build/release/src/tevra
+	@scripts/test-env scripts/measure-notes build/release/src/tevra
 
 format:
 	@find src tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format -i

@@ -27,7 +27,25 @@ std::string plainDecimal(double value) {
     return text;
 }
 
+// Takes every pill call while there are no pills.
+class NoPill : public Pill {
+public:
+    void startRecording() override {}
+    void updateLevel(double) override {}
+    void processing() override {}
+    void done() override {}
+    void error() override {}
+    void finishRecording() override {}
+    void reload() override {}
+    void show() override {}
+};
+
 }  // namespace
+
+Pill& AppDelegate::pills() {
+    static NoPill none;
+    return pill_ ? *pill_ : none;
+}
 
 struct AppDelegate::Outcome {
     struct Succeeded {
@@ -146,14 +164,19 @@ void AppDelegate::beginRecording(const std::string&, const std::string&) {
     if (hotkey_) {
         hotkey_->enableCancelKey();
     }
+    pills().startRecording();
     std::weak_ptr<AppDelegate> weak = weak_from_this();
-    // The pill shows the levels; until there is one they go nowhere.
-    recorder_->start([](float) {},
-                     [weak, capture](std::exception_ptr error) {
-                         if (auto self = weak.lock(); self && error) {
-                             self->microphoneFailed(capture, error);
-                         }
-                     });
+    recorder_->start(
+        [weak](float level) {
+            if (auto self = weak.lock()) {
+                self->pills().updateLevel(level);
+            }
+        },
+        [weak, capture](std::exception_ptr error) {
+            if (auto self = weak.lock(); self && error) {
+                self->microphoneFailed(capture, error);
+            }
+        });
     if (maxDurationTimer_) {
         maxDurationTimer_->cancel();
     }
@@ -168,6 +191,7 @@ void AppDelegate::beginRecording(const std::string&, const std::string&) {
     if (services_.secureInput->isActive()) {
         recorder_->stop();
         endCaptureState();
+        pills().finishRecording();
         hud_->error(kSecureInputMessage);
         return;
     }
@@ -179,6 +203,7 @@ void AppDelegate::microphoneFailed(std::uint64_t capture, std::exception_ptr err
     // A failure that arrives after its capture ended must not end the next one.
     if (recording_ && capture == captureNumber_) {
         endCaptureState();
+        pills().error();
     }
     hud_->error("microphone unavailable \u2014 check Settings \u2192 Microphone");
 }
@@ -202,8 +227,10 @@ void AppDelegate::finishCapture() {
 
     if (kept) {
         if (!processed) {
+            pills().finishRecording();
             return;
         }
+        pills().processing();
         services_.chime->processingStarted();
         const auto& store = runtime_->store();
         const std::vector<ToneProfile> tones =
@@ -216,7 +243,10 @@ void AppDelegate::finishCapture() {
     log("discarded: " + std::to_string(samples.size()) + " samples in " + plainDecimal(elapsed) +
         "s");
     if (samples.empty() && elapsed > silentMicrophoneSeconds) {
+        pills().error();
         hud_->error("no audio \u2014 allow Tevra in Settings \u2192 Microphone");
+    } else {
+        pills().finishRecording();
     }
 }
 
@@ -227,6 +257,7 @@ void AppDelegate::cancelCapture() {
     log("cancelled (Esc)");
     recorder_->stop();
     endCaptureState();
+    pills().finishRecording();
 }
 
 void AppDelegate::endCaptureState() {
@@ -280,25 +311,48 @@ void AppDelegate::process(AudioRecorder::Samples samples, std::optional<Mode> mo
     });
 }
 
+void AppDelegate::pasteFromPill(const std::string& text) {
+    std::weak_ptr<AppDelegate> weak = weak_from_this();
+    const bool onItsWay = services_.inserter->insert(text, [weak](bool pasted) {
+        if (auto self = weak.lock(); self && !pasted) {
+            self->hud_->error(kCopiedMessage);
+        }
+    });
+    if (!onItsWay) {
+        hud_->error(kCopiedMessage);
+    }
+}
+
 void AppDelegate::deliver(const Outcome& outcome) {
     --processing_;
     captureStateMayHaveChanged();
     if (const auto* success = std::get_if<Outcome::Succeeded>(&outcome.value)) {
         log(success->logLine);
         std::weak_ptr<AppDelegate> weak = weak_from_this();
+        // The pill's check mark waits for the paste to go out.
         const bool onItsWay =
             services_.inserter->insert(success->result.polished, [weak](bool pasted) {
-                if (auto self = weak.lock(); self && !pasted) {
-                    self->log("paste held back: a modifier key stayed down");
-                    self->hud_->error(kCopiedMessage);
+                auto self = weak.lock();
+                if (!self) {
+                    return;
                 }
+                if (pasted) {
+                    self->pills().done();
+                    return;
+                }
+                self->log("paste held back: a modifier key stayed down");
+                self->pills().error();
+                self->hud_->error(kCopiedMessage);
             });
         if (!onItsWay) {
+            pills().error();
             hud_->error(kCopiedMessage);
         }
         services_.chime->processingFinished();
+        pills().reload();
         return;
     }
+    pills().error();
     if (const auto* failure = std::get_if<Outcome::PipelineFailed>(&outcome.value)) {
         hud_->error(failure->description);
         services_.chime->processingFailed();

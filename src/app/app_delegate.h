@@ -22,7 +22,9 @@
 #include "capture/secure_input.h"
 #include "capture/text_inserter.h"
 #include "core/weft_runtime.h"
+#include "notetaker/notetaker_controller.h"
 #include "pill/hud.h"
+#include "pill/pill.h"
 #include "polish/mode.h"
 #include "update/update_decision.h"
 #include "update/update_prompt.h"
@@ -49,6 +51,12 @@ struct AppServices {
     std::function<std::unique_ptr<WeftRuntime>()> makeRuntime;
     // A fresh connection to the desktop's keyboard for each hotkey backend.
     std::function<std::unique_ptr<DesktopKeyboard>()> makeKeyboard;
+    // The notetaker, made at start-up on the runtime; none: no notetaker.
+    std::function<std::shared_ptr<NotetakerController>(WeftRuntime&)> makeNotetaker;
+    // The pills, made at start-up on the runtime with what pastes a history
+    // row; none: no pills, and every pill call is skipped.
+    std::function<std::shared_ptr<Pill>(WeftRuntime&, std::function<void(const std::string&)>)>
+        makePill;
     // Whether the talk key can be watched here at all (the X display has
     // XTest and XInput2); asked again while waiting for it.
     std::function<bool()> inputControlAvailable;
@@ -70,8 +78,8 @@ struct AppServices {
 
 // The orchestrator: every hotkey ends here. It decides whether an action may
 // run now, starts and finishes the recorder, hands the samples to the
-// pipeline on a work thread, and puts the result at the cursor, on the HUD
-// and in the chime. Everything runs on the main queue but the pipeline work.
+// pipeline on a work thread, and puts the result at the cursor, on the pill,
+// the HUD and in the chime. Everything runs on the main queue but the pipeline work.
 //
 // Lives in a std::shared_ptr: hotkey callbacks and timers hold it weakly; the
 // pipeline work holds it until it ends.
@@ -94,9 +102,9 @@ public:
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
 
-    // Start-up: the runtime, the chime's setting, the crash report of the last
-    // run, the settings observer, the microphone check, the hotkeys, then the
-    // update check.
+    // Start-up: the runtime, the notetaker, the chime's setting, the crash
+    // report of the last run, the settings observer, the microphone check, the
+    // pills, the hotkeys, then the update check.
     void applicationDidFinishLaunching();
     // Once per start: looks at the feed of settings.appcastURL off the main
     // queue and offers a newer release; everything else is dropped in silence.
@@ -137,12 +145,14 @@ public:
     bool showSettingsWindow();
     WeftRuntime* runtime() const { return runtime_.get(); }
     HotkeyBackend* hotkey() const { return hotkey_.get(); }
+    Pill* pill() const { return pill_.get(); }
     // The running backend's name ("fn-tap", "hotkey"), or none when no key could be taken.
     const std::optional<std::string>& hotkeyName() const { return hotkeyName_; }
     // What the user should hear of the running hotkeys, one line each: a talk
     // key that cannot be used, keys another program holds.
     const std::vector<std::string>& hotkeyNotices() const { return hotkeyNotices_; }
     bool isWatchingForAccessibility() const { return axWatch_.has_value(); }
+    NotetakerController* notetaker() const { return notetaker_.get(); }
 
 private:
     explicit AppDelegate(AppServices services);
@@ -158,6 +168,14 @@ private:
     void deliver(const Outcome& outcome);
     void runScreenshotMode(const Mode& mode);
     void checkMicrophone();
+    // The notetaker's start-up step, and what its changes mean for the chime and the tray.
+    void startNotetaker();
+    void notetakerChanged();
+    void startPill();
+    // The pills, or while there are none, something that ignores every call.
+    Pill& pills();
+    // A history row clicked on a pill's card, put at the cursor again.
+    void pasteFromPill(const std::string& text);
     // One line of hotkeyNotices(), shaken on the HUD the first time it is said.
     void notice(const std::string& line);
     // Turns the last run's crash into a report and sends it off the main queue.
@@ -176,6 +194,8 @@ private:
     std::shared_ptr<Hud> hud_;
     std::shared_ptr<AudioRecorder> recorder_;
     std::unique_ptr<WeftRuntime> runtime_;
+    std::shared_ptr<NotetakerController> notetaker_;
+    std::shared_ptr<Pill> pill_;
     std::shared_ptr<HotkeyBackend> hotkey_;
     std::optional<std::string> hotkeyName_;
     std::vector<std::string> hotkeyNotices_;

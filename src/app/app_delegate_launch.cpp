@@ -13,6 +13,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (const auto& notice = runtime_->storeNotice()) {
         log(*notice);
     }
+    startNotetaker();
     services_.chime->setEnabled(runtime_->settings().soundCues);
     collectCrashReports();
 
@@ -25,6 +26,7 @@ void AppDelegate::applicationDidFinishLaunching() {
         });
     }
     checkMicrophone();
+    startPill();
     // Where input control is missing there is no system prompt to bring up:
     // the Alt scheme stands in and the watcher below notices when it appears.
     startHotkeys();
@@ -53,6 +55,21 @@ void AppDelegate::checkMicrophone() {
         }
         case MicrophoneAccess::Status::authorized:
             break;
+    }
+}
+
+void AppDelegate::startPill() {
+    if (!services_.makePill) {
+        return;
+    }
+    std::weak_ptr<AppDelegate> weak = weak_from_this();
+    pill_ = services_.makePill(*runtime_, [weak](const std::string& text) {
+        if (auto self = weak.lock()) {
+            self->pasteFromPill(text);
+        }
+    });
+    if (pill_) {
+        pill_->show();
     }
 }
 

@@ -91,17 +91,41 @@ RemoteControl::Answer RemoteControl::clipQueueMode() {
 }
 
 RemoteControl::Answer RemoteControl::startNotes(const std::string& app) {
-    if (!notetaker_.start) {
-        return "the notetaker is not available yet";
+    NotetakerController* notetaker = delegate_->notetaker();
+    if (!notetaker) {
+        return "the notetaker is not available";
     }
-    return notetaker_.start(app);
+    const NotetakerState& state = notetaker->state();
+    if (state.is(NotetakerState::Kind::recording)) {
+        return "notes are already being taken";
+    }
+    if (state.is(NotetakerState::Kind::processing)) {
+        return "the last session is still being processed";
+    }
+    const std::string name = app.empty() ? NotetakerController::defaultManualName : app;
+    queue_.post([weak = std::weak_ptr<AppDelegate>(delegate_), name] {
+        if (auto self = weak.lock(); self && self->notetaker()) {
+            self->notetaker()->startManual(name);
+        }
+    });
+    return std::nullopt;
 }
 
 RemoteControl::Answer RemoteControl::stopNotes() {
-    if (!notetaker_.stop) {
-        return "the notetaker is not available yet";
+    NotetakerController* notetaker = delegate_->notetaker();
+    if (!notetaker) {
+        return "the notetaker is not available";
     }
-    return notetaker_.stop();
+    const NotetakerState& state = notetaker->state();
+    if (!state.is(NotetakerState::Kind::recording) && !state.is(NotetakerState::Kind::detected)) {
+        return "no notes are being taken";
+    }
+    queue_.post([weak = std::weak_ptr<AppDelegate>(delegate_)] {
+        if (auto self = weak.lock(); self && self->notetaker()) {
+            self->notetaker()->stop();
+        }
+    });
+    return std::nullopt;
 }
 
 std::string RemoteControl::state() const {
@@ -117,7 +141,8 @@ std::string RemoteControl::state() const {
 }
 
 std::string RemoteControl::notetakerState() const {
-    return notetaker_.state ? notetaker_.state() : "idle";
+    NotetakerController* notetaker = delegate_->notetaker();
+    return notetaker ? notetaker->state().name() : "idle";
 }
 
 }  // namespace tevra

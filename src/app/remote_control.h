@@ -42,15 +42,6 @@ public:
     // "idle", "detected", "recording" or "processing".
     std::string notetakerState() const;
 
-    // The notetaker, once the program has one: its start and stop, which
-    // answer like the requests above, and its state's name.
-    struct Notetaker {
-        std::function<Answer(const std::string& app)> start;
-        std::function<Answer()> stop;
-        std::function<std::string()> state;
-    };
-    void setNotetaker(Notetaker notetaker) { notetaker_ = std::move(notetaker); }
-
 private:
     // Runs the delegate's operation on the main queue, holding it weakly.
     Answer later(void (AppDelegate::*operation)());
@@ -58,7 +49,6 @@ private:
 
     MainQueue& queue_;
     std::shared_ptr<AppDelegate> delegate_;
-    Notetaker notetaker_;
 };
 
 }  // namespace tevra

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace tevra {
@@ -10,6 +11,14 @@ class StatusItem {
 public:
     virtual ~StatusItem() = default;
     virtual void setToolTip(const std::string& text) = 0;
+    // The notetaker's entry of the menu: its label ("Start notes", "Stop
+    // notes"), whether it can be picked now, and what picking it does.
+    virtual void setNotesEntry(const std::string& label, bool enabled,
+                               std::function<void()> action) {
+        (void)label;
+        (void)enabled;
+        (void)action;
+    }
 };
 
 }  // namespace tevra

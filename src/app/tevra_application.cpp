@@ -22,7 +22,13 @@
 #include "capture/qt/qt_sound_cues.h"
 #include "core/linux/libsecret_store.h"
 #include "crash/crash_reporter.h"
+#include "notetaker/linux/pulse_microphone_use.h"
+#include "notetaker/linux/pulse_monitor_source.h"
+#include "notetaker/linux/x11_running_applications.h"
+#include "pill/linux/x11_compositor.h"
+#include "pill/pill_manager.h"
 #include "pill/qt/hud_controller.h"
+#include "pill/qt/qt_pill_desktop.h"
 #include "update/qt/qt_update_prompt.h"
 #include "update/update_checker.h"
 // Xlib last: its macros (None, Status) clash with Qt's names.
@@ -78,6 +84,13 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.makeRuntime = [] {
         return std::make_unique<WeftRuntime>(WeftSettings::defaultDir(), /*fetchKeys=*/true,
                                              std::make_shared<LibsecretStore>());
+    };
+    services.makeNotetaker = [this](WeftRuntime& runtime) { return makeNotetaker(runtime); };
+    services.makePill = [this](WeftRuntime& runtime, PillManager::OnPaste onPaste) {
+        auto desktop =
+            std::make_shared<QtPillDesktop>(queue_, [x = x_] { return x11CompositorRunning(*x); });
+        return PillManager::create(queue_, runtime, &notifications_, std::move(desktop),
+                                   std::move(onPaste), PillPreview::fromEnvironment());
     };
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
@@ -161,6 +174,17 @@ void TevraApplication::settingsFileChanged() {
     chime_->setEnabled(runtime->settings().soundCues);
     Log::write("settings changed");
     notifications_.post(weftSettingsChanged);
+}
+
+std::shared_ptr<NotetakerController> TevraApplication::makeNotetaker(WeftRuntime& runtime) {
+    NotetakerServices services;
+    services.queue = &queue_;
+    services.notifications = &notifications_;
+    services.work = work_;
+    services.detector = CallDetector::create(queue_, std::make_shared<PulseMicrophoneUse>(),
+                                             std::make_shared<X11RunningApplications>(x_));
+    services.devices = {PulseAudioInput::factory(), PulseMonitorSource::factory()};
+    return NotetakerController::create(runtime, std::move(services));
 }
 
 std::string TevraApplication::talkKey() const {

@@ -39,6 +39,8 @@ private:
     void publishOnTheBus();
     // A hand edit of settings.json: the runtime reloads and the hotkeys follow.
     void settingsFileChanged();
+    // The notetaker on the sound server and the windows of the session.
+    std::shared_ptr<NotetakerController> makeNotetaker(WeftRuntime& runtime);
     std::unique_ptr<DesktopKeyboard> makeKeyboard();
     bool inputControlAvailable();
     std::string talkKey() const;

@@ -23,7 +23,7 @@ void Chime::processingFailed() {
 }
 
 void Chime::play(ChimeSound sound) {
-    if (!enabled_) {
+    if (!enabled_ || muted_) {
         return;
     }
     Slot& slot = slots_[static_cast<std::size_t>(sound)];

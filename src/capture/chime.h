@@ -17,6 +17,11 @@ public:
     bool enabled() const { return enabled_; }
     // Off: nothing plays, and nothing is made to play later.
     void setEnabled(bool enabled) { enabled_ = enabled; }
+    // Muted: nothing plays for a while, whatever the setting. The notetaker
+    // records the system's sound while a call lasts, and a cue of ours would
+    // end up in the other party's words.
+    void setMuted(bool muted) { muted_ = muted; }
+    bool muted() const { return muted_; }
 
     void processingStarted();
     void processingFinished();
@@ -34,6 +39,7 @@ private:
 
     std::shared_ptr<SoundCueFactory> factory_;
     bool enabled_ = true;
+    bool muted_ = false;
     std::array<Slot, 3> slots_;
 };
 

@@ -8,8 +8,11 @@
 namespace tevra {
 
 MicrophoneRecorder::MicrophoneRecorder(MainQueue& mainQueue, AudioInputFactory makeInput,
-                                       LogSink log)
-    : mainQueue_(mainQueue), makeInput_(std::move(makeInput)), log_(std::move(log)) {
+                                       LogSink log, SampleSink sink)
+    : mainQueue_(mainQueue),
+      makeInput_(std::move(makeInput)),
+      log_(std::move(log)),
+      sink_(std::move(sink)) {
     if (!log_) {
         log_ = [](const std::string& line) { Log::write(line); };
     }
@@ -22,6 +25,7 @@ MicrophoneRecorder::~MicrophoneRecorder() {
 
 void MicrophoneRecorder::start(LevelHandler onLevel, Completion completion) {
     bufferQueue_.sync([this] { samples_.clear(); });
+    streamed_ = 0;
     auto level = std::make_shared<const LevelHandler>(std::move(onLevel));
     engineQueue_.async([this, level, completion = std::move(completion)] {
         if (closing_) {
@@ -64,6 +68,11 @@ void MicrophoneRecorder::startEngine(const std::shared_ptr<const LevelHandler>& 
         if (converted.empty()) {
             return;
         }
+        if (sink_) {
+            streamed_ += converted.size();
+            sink_(converted);
+            return;
+        }
         bufferQueue_.sync(
             [&] { samples_.insert(samples_.end(), converted.begin(), converted.end()); });
     });
@@ -76,7 +85,7 @@ void MicrophoneRecorder::startEngine(const std::shared_ptr<const LevelHandler>& 
 AudioRecorder::Samples MicrophoneRecorder::stop() {
     engineQueue_.sync([this] { stopEngine(); });
     Samples copy = bufferQueue_.sync([this] { return samples_; });
-    log("recorder.stop: " + std::to_string(copy.size()) + " samples");
+    log("recorder.stop: " + std::to_string(sink_ ? streamed_.load() : copy.size()) + " samples");
     return copy;
 }
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,10 +21,15 @@ namespace tevra {
 class MicrophoneRecorder final : public AudioRecorder {
 public:
     using LogSink = std::function<void(const std::string& line)>;
+    // Takes each converted piece of the recording as it comes, on the input's
+    // thread, instead of the recorder keeping it: a recording of hours then
+    // costs no memory. stop() and snapshot() give nothing back.
+    using SampleSink = std::function<void(std::span<const int16_t> samples)>;
 
     // makeInput is called once per start, on the engine queue. The log lines
     // go to log, or to the process log when it is empty.
-    MicrophoneRecorder(MainQueue& mainQueue, AudioInputFactory makeInput, LogSink log = {});
+    MicrophoneRecorder(MainQueue& mainQueue, AudioInputFactory makeInput, LogSink log = {},
+                       SampleSink sink = {});
     // Waits for a start under way and stops the input, so that no callback of
     // the input outlives the recorder.
     ~MicrophoneRecorder() override;
@@ -43,7 +49,9 @@ private:
     MainQueue& mainQueue_;
     AudioInputFactory makeInput_;
     LogSink log_;
+    SampleSink sink_;
     std::atomic<bool> closing_{false};
+    std::atomic<std::size_t> streamed_{0};  // samples handed to sink_ since the start
 
     // Owned by engineQueue_.
     std::unique_ptr<AudioInput> engine_;

@@ -32,9 +32,18 @@ std::optional<std::string> nonEmpty(const json& object, const char* key) {
     return *value;
 }
 
+// Whether text is shape character for character, where 'd' stands for an
+// ASCII digit. ICU's strict parsing still takes "10:000" for "HH:mm"; the
+// stored forms are exactly as long as their patterns.
+bool hasShape(std::string_view text, std::string_view shape) {
+    return text.size() == shape.size() &&
+           std::equal(text.begin(), text.end(), shape.begin(),
+                      [](char c, char s) { return s == 'd' ? c >= '0' && c <= '9' : c == s; });
+}
+
 std::optional<std::string> validISODate(std::optional<std::string> text) {
     thread_local DateFormat::Pattern isoDate("yyyy-MM-dd", "en_US_POSIX", "UTC");
-    if (!text || text::characterCount(*text) != 10 || !isoDate.parseStrict(*text)) {
+    if (!text || !hasShape(*text, "dddd-dd-dd") || !isoDate.parseStrict(*text)) {
         return std::nullopt;
     }
     return text;
@@ -42,7 +51,7 @@ std::optional<std::string> validISODate(std::optional<std::string> text) {
 
 std::optional<std::string> validTime(std::optional<std::string> text) {
     thread_local DateFormat::Pattern clockTime("HH:mm", "en_US_POSIX");
-    if (!text || !clockTime.parseStrict(*text)) {
+    if (!text || !hasShape(*text, "dd:dd") || !clockTime.parseStrict(*text)) {
         return std::nullopt;
     }
     return text;

@@ -63,7 +63,7 @@ std::string summary(const std::vector<CaptureItem>& items) {
                                      {CaptureKind::event, "event"},
                                      {CaptureKind::note, "note"}}) {
         const auto count = static_cast<size_t>(std::count_if(
-            items.begin(), items.end(), [kind](const CaptureItem& i) { return i.kind == kind; }));
+            items.begin(), items.end(), [k = kind](const CaptureItem& i) { return i.kind == k; }));
         if (count > 0) {
             text += (text.empty() ? "" : " \u00b7 ") + counted(count, noun);
         }

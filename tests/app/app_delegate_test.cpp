@@ -17,11 +17,14 @@
 #include "crash/crash_reporter.h"
 #include "store/history_store.h"
 #include "stt/wav_reader.h"
+#include "support/main_queue_wait.h"
 #include "support/recording_app_services.h"
 #include "support/recording_audio_recorder.h"
 #include "support/recording_backends.h"
+#include "support/recording_call_signals.h"
 #include "support/recording_capture.h"
 #include "support/recording_desktop_keyboard.h"
+#include "support/scripted_microphone.h"
 #include "support/temp_dir.h"
 #include "update/update_checker.h"
 
@@ -41,6 +44,7 @@ using testing::RecordingClipboard;
 using testing::RecordingDesktopKeyboard;
 using testing::RecordingHud;
 using testing::RecordingKeyInjector;
+using testing::RecordingPill;
 using testing::RecordingSoundCues;
 using testing::RecordingStatusItem;
 using testing::ScriptedFocusProbe;
@@ -66,6 +70,7 @@ protected:
     TempDir data;
     std::shared_ptr<Journal> journal = std::make_shared<Journal>();
     std::shared_ptr<RecordingHud> hud = std::make_shared<RecordingHud>(journal);
+    std::shared_ptr<RecordingPill> pill = std::make_shared<RecordingPill>(journal);
     std::shared_ptr<RecordingAudioRecorder> recorder = std::make_shared<RecordingAudioRecorder>();
     std::shared_ptr<RecordingClipboard> clipboard = std::make_shared<RecordingClipboard>(journal);
     std::shared_ptr<RecordingKeyInjector> keys = std::make_shared<RecordingKeyInjector>(journal);
@@ -83,6 +88,8 @@ protected:
         return std::string("Hello, world.");
     };
 
+    // None unless a test brings the notetaker.
+    std::function<std::shared_ptr<NotetakerController>(WeftRuntime&)> makeNotetaker;
     bool inputControl = true;
     bool keyboardsOpen = true;
     std::vector<RecordingDesktopKeyboard*> keyboards;  // the newest belongs to the running backend
@@ -145,10 +152,15 @@ protected:
             return keyboard;
         };
         services.inputControlAvailable = [this] { return inputControl; };
+        services.makePill = [this](WeftRuntime&, std::function<void(const std::string&)> paste) {
+            pill->onPaste = std::move(paste);
+            return pill;
+        };
         services.log = [this](const std::string& line) { logs.push_back(line); };
         services.checkForUpdate = checkForUpdate;
         services.updatePrompt = updatePrompt;
         services.flushCrashReports = flushCrashReports;
+        services.makeNotetaker = makeNotetaker;
         app = AppDelegate::create(services);
         app->applicationDidFinishLaunching();
         queue.runPending();
@@ -168,15 +180,16 @@ protected:
         queue.advance(TextInserter::pasteDelaySec);
     }
 
-    std::vector<std::string> hudCalls() const {
-        std::vector<std::string> calls;
+    std::vector<std::string> calls(const std::string& prefix) const {
+        std::vector<std::string> matching;
         for (const std::string& entry : journal->names()) {
-            if (entry.starts_with("hud ")) {
-                calls.push_back(entry);
+            if (entry.starts_with(prefix)) {
+                matching.push_back(entry);
             }
         }
-        return calls;
+        return matching;
     }
+    std::vector<std::string> hudCalls() const { return calls("hud "); }
     std::vector<std::string> sounds() const {
         std::vector<std::string> played;
         for (const std::string& entry : journal->names()) {
@@ -211,6 +224,62 @@ TEST_F(AppDelegateTest, ADictationGoesFromTheVoiceToTheCursorAndTheHistory) {
     ASSERT_EQ(rows.size(), 1u);
     EXPECT_EQ(rows[0].polished, "Hello, world.");
     EXPECT_EQ(rows[0].app, "Gedit");
+}
+
+TEST_F(AppDelegateTest, ThePillFollowsEveryCaptureFromTheKeyToThePaste) {
+    struct Case {
+        const char* name;
+        std::function<void()> run;
+        std::vector<std::string> pill;
+    };
+    const std::vector<Case> cases = {
+        {"pasted",
+         [&] { capture(1.0, tone(1.0)), awaitPipeline(); },
+         {"pill startRecording", "pill processing", "pill reload", "pill done"}},
+        {"too short",
+         [&] { capture(0.2, tone(0.2)); },
+         {"pill startRecording", "pill finishRecording"}},
+        {"no audio at all", [&] { capture(1.0, {}); }, {"pill startRecording", "pill error"}},
+        {"cancelled",
+         [&] { app->startSlot(0), app->cancelCapture(); },
+         {"pill startRecording", "pill finishRecording"}},
+        {"the microphone failed",
+         [&] {
+             app->startSlot(0);
+             recorder->completion(std::make_exception_ptr(MessageError("gone")));
+         },
+         {"pill startRecording", "pill error"}},
+        {"a password field",
+         [&] { secure->active = true, app->startSlot(0); },
+         {"pill startRecording", "pill finishRecording"}},
+        {"silence",
+         [&] { capture(1.0, Samples(16000, 0)), awaitPipeline(); },
+         {"pill startRecording", "pill processing", "pill error"}},
+        {"no paste",
+         [&] { keys->available = false, capture(1.0, tone(1.0)), awaitPipeline(); },
+         {"pill startRecording", "pill processing", "pill error", "pill reload"}},
+    };
+    launch();
+    EXPECT_THAT(calls("pill "), ElementsAre("pill show"));
+    for (const Case& c : cases) {
+        journal->entries.clear();
+        secure->active = false;
+        keys->available = true;
+        c.run();
+        EXPECT_EQ(calls("pill "), c.pill) << c.name;
+    }
+
+    keys->available = true;
+    app->startSlot(0);
+    recorder->onLevel(0.25f);
+    EXPECT_EQ(pill->levels, std::vector<double>{0.25});
+    app->cancelCapture();
+
+    // A row clicked on a pill's card goes to the cursor like a dictation.
+    pill->onPaste("Pasted from the card.");
+    queue.advance(TextInserter::pasteDelaySec);
+    EXPECT_EQ(clipboard->text(), "Pasted from the card.");
+    EXPECT_EQ(keys->posted.size(), 2u);
 }
 
 TEST_F(AppDelegateTest, ShortOrEmptyCapturesAreDiscarded) {
@@ -632,6 +701,50 @@ TEST_F(AppDelegateTest, ANewerReleaseIsOfferedAndEverythingElseIsSilent) {
         EXPECT_EQ(seen, c.journal) << c.name;
         EXPECT_THAT(logs, Not(Contains(HasSubstr("appcast")))) << c.name;
     }
+}
+
+TEST_F(AppDelegateTest, WhileTheNotetakerRecordsTheChimeKeepsQuietAndTheTrayStopsIt) {
+    auto mic = testing::ScriptedMicrophone::make({16000, 1});
+    auto system = testing::ScriptedSystemAudio::make();
+    makeNotetaker = [&](WeftRuntime& runtime) {
+        NotetakerServices notes;
+        notes.queue = &queue;
+        notes.work = work;
+        notes.detector = CallDetector::create(
+            queue, std::make_shared<testing::ScriptedMicrophoneUse>(),
+            std::make_shared<testing::ScriptedApplications>(), [](const std::string&) {});
+        notes.devices = {mic->factory(), system->factory()};
+        notes.log = [](const std::string&) {};
+        return NotetakerController::create(runtime, notes);
+    };
+    // A dictation, as far as its delivery.
+    const auto dictate = [&](std::size_t deliveries) {
+        capture(2.0, tone(2.0));
+        ASSERT_TRUE(testing::runMainQueueUntil(
+            queue,
+            [&] {
+                return static_cast<std::size_t>(
+                           std::count_if(logs.begin(), logs.end(), [](const std::string& l) {
+                               return l.starts_with("Dictate: ");
+                           })) == deliveries;
+            },
+            20));
+    };
+    launch();
+    EXPECT_EQ(statusItem->notesEntry, "Start notes");
+    statusItem->notesAction();
+    EXPECT_TRUE(app->notetaker()->state().is(NotetakerState::Kind::recording));
+    EXPECT_EQ(statusItem->notesEntry, "Stop notes");
+    dictate(1);
+    EXPECT_THAT(sounds(), IsEmpty()) << "a cue would be recorded as the other side's";
+
+    statusItem->notesAction();
+    EXPECT_EQ(statusItem->notesEntry, "Start notes (disabled)");
+    ASSERT_TRUE(testing::runMainQueueUntil(
+        queue, [&] { return statusItem->notesEntry == "Start notes"; }, 20));
+    EXPECT_EQ(app->notetaker()->state().is(NotetakerState::Kind::idle), true);
+    dictate(2);
+    EXPECT_THAT(sounds(), ElementsAre("start", "done"));
 }
 
 }  // namespace

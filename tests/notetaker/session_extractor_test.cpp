@@ -108,6 +108,7 @@ TEST_F(ExtractionOverTheWire, EachItemIsReadTolerantlyAndJudgedByItsConfidence) 
              i.dueTime = "09:30";
          })},
         {item(R"("due":"2026-7-10","time":"9:30pm")"), base},
+        {item(R"("due":"2026-7-010","time":"10:000")"), base},  // strict ICU takes these
         {R"({"kind":"TASK","title":"  Pay rent\n"})", base},
         {R"({"kind":" task","title":"Pay rent"})", std::nullopt},
         {R"({"kind":"reminder","title":"Pay rent"})", std::nullopt},

@@ -1,5 +1,7 @@
 #include "support/child_process.h"
 
+#include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -58,6 +60,46 @@ std::string runProgram(const std::vector<std::string>& argv) {
         throw std::runtime_error(program + " failed (status " + std::to_string(status) + ")");
     }
     return output;
+}
+
+BackgroundProgram::BackgroundProgram(const std::vector<std::string>& argv) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    std::vector<char*> args;
+    for (const auto& a : argv) {
+        args.push_back(const_cast<char*>(a.c_str()));
+    }
+    args.push_back(nullptr);
+    const int spawned =
+        posix_spawnp(&pid_, argv.at(0).c_str(), &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0) {
+        pid_ = -1;
+        throw std::runtime_error(
+            spawned == ENOENT ? argv[0] + " is not installed; scripts/install-deps installs it"
+                              : argv[0] + ": " + std::strerror(spawned));
+    }
+}
+
+void BackgroundProgram::stop() {
+    if (pid_ <= 0) {
+        return;
+    }
+    kill(pid_, SIGTERM);
+    int status = 0;
+    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    }
+    pid_ = -1;
+}
+
+bool BackgroundProgram::isRunning() {
+    int status = 0;
+    if (pid_ > 0 && waitpid(pid_, &status, WNOHANG) == pid_) {
+        pid_ = -1;
+    }
+    return pid_ > 0;
 }
 
 }  // namespace tevra::testing

@@ -308,6 +308,11 @@ int PulseTestServer::countLines(const std::string& what) const {
     return lines;
 }
 
+std::string PulseTestServer::pactl(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {"pactl", "--server=" + address_});
+    return runProgram(arguments);
+}
+
 int PulseTestServer::recordStreamCount() const {
     return countLines("source-outputs");
 }

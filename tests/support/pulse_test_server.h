@@ -43,6 +43,9 @@ public:
     void feed(std::vector<int16_t> frames, double speed = 10.0);
     // The record streams the server has open now.
     int recordStreamCount() const;
+    // Runs pactl against this server ("load-module", "set-default-sink", ...)
+    // and returns what it printed.
+    std::string pactl(std::vector<std::string> arguments) const;
     // The clients connected now, not counting the one that asks.
     int clientCount() const;
 

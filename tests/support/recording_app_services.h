@@ -9,6 +9,7 @@
 #include "app/status_item.h"
 #include "capture/microphone_access.h"
 #include "pill/hud.h"
+#include "pill/pill.h"
 #include "support/recording_capture.h"
 #include "update/update_prompt.h"
 
@@ -30,10 +31,42 @@ private:
     std::shared_ptr<Journal> journal_;
 };
 
+// Pills that write each call into the journal: "pill processing"; levels are
+// only counted. onPaste is what the orchestrator handed them for their cards.
+class RecordingPill : public Pill {
+public:
+    explicit RecordingPill(std::shared_ptr<Journal> journal) : journal_(std::move(journal)) {}
+
+    std::vector<double> levels;
+    std::function<void(const std::string&)> onPaste;
+
+    void startRecording() override { journal_->add("pill startRecording"); }
+    void updateLevel(double level) override { levels.push_back(level); }
+    void processing() override { journal_->add("pill processing"); }
+    void done() override { journal_->add("pill done"); }
+    void error() override { journal_->add("pill error"); }
+    void finishRecording() override { journal_->add("pill finishRecording"); }
+    void reload() override { journal_->add("pill reload"); }
+    void show() override { journal_->add("pill show"); }
+
+private:
+    std::shared_ptr<Journal> journal_;
+};
+
 class RecordingStatusItem : public StatusItem {
 public:
     std::vector<std::string> toolTips;
+    // The notetaker's entry as last set: "Start notes", or "Stop notes";
+    // a trailing " (disabled)" when it cannot be picked.
+    std::string notesEntry;
+    std::function<void()> notesAction;
+
     void setToolTip(const std::string& text) override { toolTips.push_back(text); }
+    void setNotesEntry(const std::string& label, bool enabled,
+                       std::function<void()> action) override {
+        notesEntry = label + (enabled ? "" : " (disabled)");
+        notesAction = std::move(action);
+    }
 };
 
 class FakeMicrophoneAccess : public MicrophoneAccess {

@@ -8,8 +8,10 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <QGuiApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QScreen>
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -20,14 +22,18 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "pill/qt/pill_cards.h"
 #include "store/history_store.h"
 #include "stt/wav_reader.h"
 #include "support/desktop/event_wait.h"
 #include "support/desktop/peer_process.h"
+#include "support/desktop/screenshots.h"
 #include "support/loopback_server.h"
 #include "support/speech_samples.h"
 #include "support/subprocess.h"
 #include "support/temp_dir.h"
+#include "system/tevra_process.h"
+#include "system/virtual_microphone.h"
 
 namespace tevra {
 namespace {
@@ -40,60 +46,37 @@ using testing::xdotool;
 constexpr const char* kTranscript = "hello from the system test";
 constexpr const char* kPolished = "Hello from the system test.";
 
-// The microphone of scripts/test-env: a FIFO that its PulseAudio server reads
-// as 48 kHz stereo frames.
-class VirtualMicrophone {
-public:
-    VirtualMicrophone() {
-        const char* path = std::getenv("TEVRA_TEST_MICROPHONE");
-        if (!path || !*path) {
-            ADD_FAILURE() << "TEVRA_TEST_MICROPHONE is not set: run under scripts/test-env";
-            return;
-        }
-        fd_ = ::open(path, O_WRONLY | O_NONBLOCK);
-        if (fd_ < 0) {
-            ADD_FAILURE() << "the virtual microphone " << path << " cannot be opened";
+// The pill's window as the X server has it; none while it is not on the screen.
+std::optional<QRect> pillWindow() {
+    const std::string ids = xdotool({"search", "--onlyvisible", "--name", "^Tevra pill$"});
+    if (ids.empty()) {
+        return std::nullopt;
+    }
+    const std::string shell = xdotool(
+        {"getwindowgeometry", "--shell", QString::fromStdString(ids.substr(0, ids.find('\n')))});
+    std::map<std::string, int> values;
+    for (const QString& line : QString::fromStdString(shell).split('\n')) {
+        const auto parts = line.split('=');
+        if (parts.size() == 2) {
+            values[parts[0].toStdString()] = parts[1].toInt();
         }
     }
-    ~VirtualMicrophone() {
-        stopping_ = true;
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-        if (fd_ >= 0) {
-            ::close(fd_);
-        }
-    }
+    return QRect(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
+}
 
-    // Plays frames at about the pace they would be spoken, on a thread of its own.
-    void speak(std::vector<int16_t> frames) {
-        thread_ = std::thread([this, frames = std::move(frames)] {
-            const auto* bytes = reinterpret_cast<const char*>(frames.data());
-            const std::size_t total = frames.size() * sizeof(int16_t);
-            constexpr std::size_t kChunk = 48000 * 2 * 2 / 50;  // 20 ms
-            std::size_t sent = 0;
-            while (sent < total && !stopping_) {
-                pollfd writable{fd_, POLLOUT, 0};
-                if (::poll(&writable, 1, 100) <= 0) {
-                    continue;
-                }
-                const ssize_t n = ::write(fd_, bytes + sent, std::min(kChunk, total - sent));
-                if (n > 0) {
-                    sent += static_cast<std::size_t>(n);
-                    std::this_thread::sleep_for(std::chrono::milliseconds(18));
-                }
-            }
-            done_ = true;
-        });
+bool waitForPill(QSize size, double seconds, std::optional<QRect>* seen = nullptr) {
+    std::optional<QRect> last;
+    const bool reached = waitUntil(
+        [&] {
+            last = pillWindow();
+            return last && last->size() == size;
+        },
+        seconds);
+    if (seen) {
+        *seen = last;
     }
-    bool finished() const { return done_; }
-
-private:
-    int fd_ = -1;
-    std::atomic<bool> stopping_{false};
-    std::atomic<bool> done_{false};
-    std::thread thread_;
-};
+    return reached;
+}
 
 class DictationSystemTest : public ::testing::Test {
 protected:
@@ -103,9 +86,9 @@ protected:
     std::atomic<int> speechStatus{200};
     std::mutex audioMutex;
     std::string lastAudio;
-    QProcess tevra;
+    TevraProcess tevra{home.path()};
 
-    std::filesystem::path dataDir() const { return home / "data" / "Tevra"; }
+    std::filesystem::path dataDir() const { return tevra.dataDir(); }
 
     void SetUp() override {
         service.server().Post("/v1/audio/transcriptions", [this](const httplib::Request& req,
@@ -138,51 +121,23 @@ protected:
                     "application/json");
             });
         service.start();
-        std::filesystem::create_directories(dataDir());
     }
 
     void TearDown() override {
-        if (tevra.state() != QProcess::NotRunning) {
-            tevra.terminate();
-            if (!tevra.waitForFinished(15000)) {
-                tevra.kill();
-                tevra.waitForFinished(5000);
-            }
-        }
+        tevra.stop();
         if (HasFailure()) {
-            std::cerr << "--- tevra.log ---\n"
-                      << log() << "--- tevra stderr ---\n"
-                      << tevra.readAllStandardError().toStdString();
+            std::cerr << tevra.report();
         }
     }
 
     void startTevra(nlohmann::json settings = nlohmann::json::object(),
                     const std::map<QString, QString>& extraEnvironment = {}) {
-        settings["proxyBaseURL"] = service.baseURL() + "/v1";
-        std::ofstream(dataDir() / "settings.json") << settings.dump();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("XDG_DATA_HOME", QString::fromStdString((home / "data").string()));
-        env.insert("TEVRA_PROXY_TOKEN", "relay-token");
-        for (const char* name :
-             {"GROQ_API_KEY", "OPENAI_API_KEY", "DEEPINFRA_API_KEY", "FIREWORKS_API_KEY"}) {
-            env.remove(name);
-        }
-        env.remove("QT_QPA_PLATFORM");
-        for (const auto& [name, value] : extraEnvironment) {
-            env.insert(name, value);
-        }
-        tevra.setProcessEnvironment(env);
-        tevra.start(TEVRA_PATH, {});
-        ASSERT_TRUE(tevra.waitForStarted(10000)) << tevra.errorString().toStdString();
-        ASSERT_TRUE(waitForLog("hotkeys: ", 30)) << "tevra did not bring up its hotkeys";
+        tevra.start(std::move(settings), service.baseURL() + "/v1", extraEnvironment);
     }
 
-    std::string log() const {
-        std::ifstream in(dataDir() / "tevra.log");
-        return std::string((std::istreambuf_iterator<char>(in)), {});
-    }
+    std::string log() const { return tevra.log(); }
     bool waitForLog(const std::string& text, double seconds) {
-        return waitUntil([&] { return log().find(text) != std::string::npos; }, seconds);
+        return tevra.waitForLog(text, seconds);
     }
     // Lets the event loop and the other processes run for a while.
     static void pause(double seconds) {
@@ -200,13 +155,18 @@ protected:
     }
 
     // Holds keys down while the microphone speaks, then lets them go.
-    void dictate(const QStringList& keys, const std::string& startedLine) {
+    void dictate(const QStringList& keys, const std::string& startedLine,
+                 const std::function<void()>& whileSpeaking = {}) {
         const auto speech = testing::spokenSamples(kTranscript, 48000, 2);
         VirtualMicrophone microphone;
         xdotool(QStringList{"keydown"} + keys);
         ASSERT_TRUE(waitForLog(startedLine, 10)) << "no capture started";
         pause(0.3);  // the record stream opens
         microphone.speak(speech);
+        if (whileSpeaking) {
+            pause(0.5);
+            whileSpeaking();
+        }
         ASSERT_TRUE(waitUntil([&] { return microphone.finished(); }, 20));
         pause(0.3);
         QStringList reversed;
@@ -225,17 +185,32 @@ TEST_F(DictationSystemTest, HoldingTheTalkKeyPutsThePolishedTextIntoAnotherAppli
     std::string greeting;
     EXPECT_TRUE(waitUntil(
         [&] {
-            greeting += tevra.readAllStandardOutput().toStdString();
+            greeting += tevra.process().readAllStandardOutput().toStdString();
             return greeting.find("Tevra is running: hold Control_R anywhere, speak, let go.") !=
                    std::string::npos;
         },
         10))
         << greeting;
 
-    dictate({"Control_R"}, "Fn \u2192 Dictate");
+    ASSERT_TRUE(waitForPill({48, 30}, 10)) << "no pill at rest";
+    dictate({"Control_R"}, "Fn \u2192 Dictate", [] {
+        // The meter, on the pill at the bottom centre of the one screen.
+        std::optional<QRect> pill;
+        ASSERT_TRUE(waitForPill({84, 30}, 5, &pill)) << "the pill shows no recording";
+        EXPECT_EQ(pill->topLeft(), QPoint(598, 758));
+        const QImage shot =
+            QGuiApplication::primaryScreen()->grabWindow(0, pill->x(), pill->y(), 84, 30).toImage();
+        testing::saveScreenshot("system-pill-recording", shot);
+        int white = 0;
+        for (int x = 14; x < 70; ++x) {
+            white += shot.pixelColor(x, 15).lightness() > 200;
+        }
+        EXPECT_GT(white, 4) << "no white bars of the meter";
+    });
     const auto text = peer.waitFor(
         "text", 30, [](const nlohmann::json& event) { return event["text"] == kPolished; });
     ASSERT_TRUE(text.has_value()) << "the polished text never reached the peer";
+    EXPECT_TRUE(waitForPill({48, 30}, 5)) << "the pill did not come back to rest";
     EXPECT_EQ(speechRequests.load(), 1);
     EXPECT_THAT(log(), ::testing::ContainsRegex("Dictate: [0-9]+ms stt \\+ [0-9]+ms compose"));
 
@@ -297,7 +272,7 @@ TEST_F(DictationSystemTest, TheAltSchemeDictatesTooAndStandsInForATalkKeyThatIsN
     std::string terminal;
     EXPECT_TRUE(waitUntil(
         [&] {
-            terminal += tevra.readAllStandardError().toStdString();
+            terminal += tevra.process().readAllStandardError().toStdString();
             return terminal.find("Wayland session:") != std::string::npos;
         },
         10))
@@ -320,7 +295,7 @@ TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTa
     std::string terminal;
     EXPECT_TRUE(waitUntil(
         [&] {
-            terminal += tevra.readAllStandardError().toStdString();
+            terminal += tevra.process().readAllStandardError().toStdString();
             return terminal.find("tevra: the history database was damaged") != std::string::npos;
         },
         10))
@@ -336,11 +311,71 @@ TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTa
     EXPECT_TRUE(waitForLog("scheme=option, hotkey", 10)) << "the edit was not taken into use";
 }
 
+TEST_F(DictationSystemTest, ADroppedPillSnapsToTheNearestEdgeAndIsThereAfterARestart) {
+    startTevra();
+    ASSERT_TRUE(waitForPill({48, 30}, 10));
+    xdotool({"mousemove", "640", "773"});
+    ASSERT_TRUE(waitForPill({244, 250}, 5)) << "the mouse did not open the card";
+    xdotool({"mousedown", "1"});
+    for (const char* x : {"600", "400", "200", "80"}) {
+        xdotool({"mousemove", x, "500"});
+        pause(0.05);
+    }
+    xdotool({"mouseup", "1"});
+    std::optional<QRect> pill;
+    EXPECT_TRUE(waitForPill({26, 54}, 5, &pill)) << "no tab on the left edge";
+    ASSERT_TRUE(pill.has_value());
+    EXPECT_EQ(pill->x(), 12);
+    const std::string layout = testing::readFile(dataDir() / "pill_layout.json");
+    EXPECT_NE(layout.find("\"edge\":\"left\""), std::string::npos) << layout;
+
+    tevra.stop();
+    startTevra();
+    std::optional<QRect> again;
+    EXPECT_TRUE(waitForPill({26, 54}, 10, &again));
+    EXPECT_EQ(again, pill) << "not where it was left";
+}
+
+TEST_F(DictationSystemTest, ARowClickedOnTheCardIsPastedWhereTheUserWas) {
+    {
+        HistoryStore history((dataDir() / "weft.sqlite").string());
+        history.seedDefaultsIfEmpty();
+        HistoryRow row;
+        row.polished = "Pasted again from the pill.";
+        history.add(row);
+    }
+    PeerProcess peer({.title = "Tevra system peer"});
+    peer.activate();
+    startTevra();
+    ASSERT_TRUE(waitForPill({48, 30}, 10));
+    xdotool({"mousemove", "640", "773"});
+    ASSERT_TRUE(waitForPill({244, 250}, 5));
+    xdotool({"click", "1"});
+    std::optional<QRect> card;
+    ASSERT_TRUE(waitForPill({320, 412}, 5, &card)) << "a click did not open the history";
+    pause(0.4);  // the card has opened
+    testing::saveScreenshot(
+        "system-pill-history",
+        QGuiApplication::primaryScreen()->grabWindow(0, card->x(), card->y(), 320, 412).toImage());
+    const QPointF row = card->topLeft() + PillCards::fullLayout({320, 412}).rows[0].center();
+    xdotool({"mousemove", QString::number(row.x()), QString::number(row.y())});
+    xdotool({"click", "1"});
+
+    const auto text = peer.waitFor("text", 10, [](const nlohmann::json& event) {
+        return event["text"] == "Pasted again from the pill.";
+    });
+    EXPECT_TRUE(text.has_value()) << "the row never reached the application";
+    EXPECT_TRUE(waitForPill({48, 30}, 5)) << "the card stayed open";
+    const auto lost = peer.waitFor(
+        "active", 0.5, [](const nlohmann::json& event) { return event["active"] == false; });
+    EXPECT_FALSE(lost.has_value()) << "the application lost the focus";
+}
+
 TEST_F(DictationSystemTest, ACrashLeavesItsStackAndTheNextStartMakesAReport) {
     startTevra();
-    ASSERT_EQ(::kill(static_cast<pid_t>(tevra.processId()), SIGSEGV), 0);
-    ASSERT_TRUE(tevra.waitForFinished(15000));
-    EXPECT_EQ(tevra.exitStatus(), QProcess::CrashExit);
+    ASSERT_EQ(::kill(static_cast<pid_t>(tevra.process().processId()), SIGSEGV), 0);
+    ASSERT_TRUE(tevra.process().waitForFinished(15000));
+    EXPECT_EQ(tevra.process().exitStatus(), QProcess::CrashExit);
     const auto signalFile = dataDir() / "crash" / "last-signal.txt";
     EXPECT_THAT(testing::readFile(signalFile), HasSubstr("/tevra(+"));
 

@@ -7,6 +7,14 @@
 namespace tevra {
 
 TrayStatusItem::TrayStatusItem(std::function<void()> onQuit) {
+    notes_ = menu_.addAction(QStringLiteral("Start notes"));
+    notes_->setVisible(false);
+    QObject::connect(notes_, &QAction::triggered, [this] {
+        if (notesAction_) {
+            notesAction_();
+        }
+    });
+    menu_.addSeparator();
     QAction* quit = menu_.addAction(QStringLiteral("Quit Tevra"));
     QObject::connect(quit, &QAction::triggered, [onQuit = std::move(onQuit)] {
         if (onQuit) {
@@ -20,6 +28,14 @@ TrayStatusItem::TrayStatusItem(std::function<void()> onQuit) {
 
 void TrayStatusItem::setToolTip(const std::string& text) {
     icon_.setToolTip(QString::fromStdString(text));
+}
+
+void TrayStatusItem::setNotesEntry(const std::string& label, bool enabled,
+                                   std::function<void()> action) {
+    notesAction_ = std::move(action);
+    notes_->setText(QString::fromStdString(label));
+    notes_->setEnabled(enabled);
+    notes_->setVisible(true);
 }
 
 QIcon TrayStatusItem::drawIcon() {

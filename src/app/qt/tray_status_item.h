@@ -17,6 +17,8 @@ public:
     explicit TrayStatusItem(std::function<void()> onQuit);
 
     void setToolTip(const std::string& text) override;
+    void setNotesEntry(const std::string& label, bool enabled,
+                       std::function<void()> action) override;
     QString toolTip() const { return icon_.toolTip(); }
     const QMenu& menu() const { return menu_; }
     // The icon, drawn here so that it looks the same under every icon theme.
@@ -24,6 +26,8 @@ public:
 
 private:
     QMenu menu_;
+    QAction* notes_ = nullptr;  // hidden until the notetaker runs
+    std::function<void()> notesAction_;
     QSystemTrayIcon icon_;
 };
 

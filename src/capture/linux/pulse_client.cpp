@@ -1,143 +1,119 @@
 #include "capture/linux/pulse_client.h"
 
-#include <pulse/pulseaudio.h>
-
 #include "base/error.h"
+#include "capture/linux/pulse_loop.h"
 
 namespace tevra {
 namespace {
 
 constexpr double kStopTimeoutSeconds = 2.0;
 
-// Holds the event loop's lock for a scope. Callbacks of the loop run with it
-// held, so whatever is done under it cannot overlap them.
-class LoopLock {
-public:
-    explicit LoopLock(pa_threaded_mainloop* mainloop) : mainloop_(mainloop) {
-        pa_threaded_mainloop_lock(mainloop_);
+void onStreamState(pa_stream* stream, void* userdata) {
+    auto* loop = static_cast<PulseClient::Loop*>(userdata);
+    // A stream that was ready and died (its source went away, the server
+    // killed it) is reported; one that never got ready is the caller's to
+    // see, as startRecording waits for it, and one we close is no news.
+    if (!PA_STREAM_IS_GOOD(pa_stream_get_state(stream)) && loop->onStreamFailed) {
+        try {
+            loop->onStreamFailed();
+        } catch (...) {
+            // nothing may leave the event thread
+        }
     }
-    ~LoopLock() { pa_threaded_mainloop_unlock(mainloop_); }
-    LoopLock(const LoopLock&) = delete;
-    LoopLock& operator=(const LoopLock&) = delete;
+    loop->signal();
+}
 
-private:
-    pa_threaded_mainloop* mainloop_;
-};
+void onStreamRead(pa_stream* stream, std::size_t, void* userdata) {
+    auto* loop = static_cast<PulseClient::Loop*>(userdata);
+    while (pa_stream_readable_size(stream) > 0) {
+        const void* data = nullptr;
+        std::size_t bytes = 0;
+        if (pa_stream_peek(stream, &data, &bytes) < 0 || bytes == 0) {
+            return;
+        }
+        // A hole (data null) is a gap the server could not fill: skip it.
+        if (data && loop->onData) {
+            try {
+                loop->onData(data, bytes);
+            } catch (...) {
+                // nothing may leave the event thread
+            }
+        }
+        pa_stream_drop(stream);
+    }
+}
 
 }  // namespace
 
-struct PulseClient::Loop {
-    std::string applicationName;
-    std::optional<std::string> server;
-    pa_threaded_mainloop* mainloop = nullptr;
-    pa_context* context = nullptr;
-    pa_stream* stream = nullptr;
-    RecordHandler onData;
+bool PulseClient::Loop::waitUntil(const std::function<bool()>& done, double seconds) {
+    if (done()) {
+        return true;
+    }
+    struct Deadline {
+        Loop* loop;
+        bool expired = false;
+    } deadline{this};
+    pa_mainloop_api* api = pa_threaded_mainloop_get_api(mainloop);
+    timeval when{};
+    pa_gettimeofday(&when);
+    pa_timeval_add(&when, static_cast<pa_usec_t>(seconds * PA_USEC_PER_SEC));
+    pa_time_event* timer = api->time_new(
+        api, &when,
+        [](pa_mainloop_api*, pa_time_event*, const timeval*, void* userdata) {
+            auto* d = static_cast<Deadline*>(userdata);
+            d->expired = true;
+            d->loop->signal();
+        },
+        &deadline);
+    while (!done() && !deadline.expired) {
+        pa_threaded_mainloop_wait(mainloop);
+    }
+    api->time_free(timer);
+    return done();
+}
 
-    void signal() { pa_threaded_mainloop_signal(mainloop, 0); }
+bool PulseClient::Loop::finish(pa_operation* operation, double seconds) {
+    if (!operation) {
+        return false;
+    }
+    const bool done = waitUntil(
+        [operation] { return pa_operation_get_state(operation) != PA_OPERATION_RUNNING; }, seconds);
+    if (!done) {
+        pa_operation_cancel(operation);
+    }
+    pa_operation_unref(operation);
+    return done;
+}
 
-    // Waits, with the lock held, until done() or the deadline. The lock is
-    // released while waiting, so the event thread can make progress.
-    bool waitUntil(const std::function<bool()>& done, double seconds) {
-        if (done()) {
-            return true;
-        }
-        struct Deadline {
-            Loop* loop;
-            bool expired = false;
-        } deadline{this};
-        pa_mainloop_api* api = pa_threaded_mainloop_get_api(mainloop);
-        timeval when{};
-        pa_gettimeofday(&when);
-        pa_timeval_add(&when, static_cast<pa_usec_t>(seconds * PA_USEC_PER_SEC));
-        pa_time_event* timer = api->time_new(
-            api, &when,
-            [](pa_mainloop_api*, pa_time_event*, const timeval*, void* userdata) {
-                auto* d = static_cast<Deadline*>(userdata);
-                d->expired = true;
-                d->loop->signal();
-            },
-            &deadline);
-        while (!done() && !deadline.expired) {
-            pa_threaded_mainloop_wait(mainloop);
-        }
-        api->time_free(timer);
-        return done();
+void PulseClient::Loop::closeStream() {
+    if (!stream) {
+        return;
     }
+    pa_stream_set_read_callback(stream, nullptr, nullptr);
+    onStreamFailed = nullptr;
+    if (PA_STREAM_IS_GOOD(pa_stream_get_state(stream))) {
+        pa_stream_disconnect(stream);
+        // The stream turns TERMINATED when the server confirms it has let go.
+        waitUntil([this] { return !PA_STREAM_IS_GOOD(pa_stream_get_state(stream)); },
+                  kStopTimeoutSeconds);
+    }
+    pa_stream_set_state_callback(stream, nullptr, nullptr);
+    pa_stream_unref(stream);
+    stream = nullptr;
+    onData = nullptr;
+}
 
-    // Waits for an operation whose callback signals; cancels it when late, so
-    // that its callback never touches the caller's stack afterwards.
-    bool finish(pa_operation* operation, double seconds) {
-        if (!operation) {
-            return false;
-        }
-        const bool done = waitUntil(
-            [operation] { return pa_operation_get_state(operation) != PA_OPERATION_RUNNING; },
-            seconds);
-        if (!done) {
-            pa_operation_cancel(operation);
-        }
-        pa_operation_unref(operation);
-        return done;
+void PulseClient::Loop::closeContext() {
+    if (!context) {
+        return;
     }
-
-    std::string lastError() const {
-        return context ? pa_strerror(pa_context_errno(context)) : "no connection";
-    }
-
-    void closeStream() {
-        if (!stream) {
-            return;
-        }
-        pa_stream_set_read_callback(stream, nullptr, nullptr);
-        if (PA_STREAM_IS_GOOD(pa_stream_get_state(stream))) {
-            pa_stream_disconnect(stream);
-            // The stream turns TERMINATED when the server confirms it has let go.
-            waitUntil([this] { return !PA_STREAM_IS_GOOD(pa_stream_get_state(stream)); },
-                      kStopTimeoutSeconds);
-        }
-        pa_stream_set_state_callback(stream, nullptr, nullptr);
-        pa_stream_unref(stream);
-        stream = nullptr;
-        onData = nullptr;
-    }
-
-    void closeContext() {
-        if (!context) {
-            return;
-        }
-        pa_context_set_state_callback(context, nullptr, nullptr);
-        pa_context_disconnect(context);
-        pa_context_unref(context);
-        context = nullptr;
-    }
-
-    static void onContextState(pa_context*, void* userdata) {
-        static_cast<Loop*>(userdata)->signal();
-    }
-    static void onStreamState(pa_stream*, void* userdata) {
-        static_cast<Loop*>(userdata)->signal();
-    }
-    static void onStreamRead(pa_stream* stream, std::size_t, void* userdata) {
-        auto* loop = static_cast<Loop*>(userdata);
-        while (pa_stream_readable_size(stream) > 0) {
-            const void* data = nullptr;
-            std::size_t bytes = 0;
-            if (pa_stream_peek(stream, &data, &bytes) < 0 || bytes == 0) {
-                return;
-            }
-            // A hole (data null) is a gap the server could not fill: skip it.
-            if (data && loop->onData) {
-                try {
-                    loop->onData(data, bytes);
-                } catch (...) {
-                    // nothing may leave the event thread
-                }
-            }
-            pa_stream_drop(stream);
-        }
-    }
-};
+    pa_context_set_state_callback(context, nullptr, nullptr);
+    pa_context_set_subscribe_callback(context, nullptr, nullptr);
+    onEvent = nullptr;
+    pa_context_disconnect(context);
+    pa_context_unref(context);
+    context = nullptr;
+}
 
 PulseClient::PulseClient(std::string applicationName, std::optional<std::string> server)
     : loop_(std::make_unique<Loop>()) {
@@ -174,14 +150,33 @@ bool PulseClient::connect(double timeoutSeconds) {
     }
     LoopLock lock(loop.mainloop);
     if (loop.context) {
-        return pa_context_get_state(loop.context) == PA_CONTEXT_READY;
+        if (PA_CONTEXT_IS_GOOD(pa_context_get_state(loop.context))) {
+            return loop.ready();
+        }
+        // The server went away since: a fresh connection, perhaps to a new one.
+        loop.closeStream();
+        loop.closeContext();
     }
     loop.context =
         pa_context_new(pa_threaded_mainloop_get_api(loop.mainloop), loop.applicationName.c_str());
     if (!loop.context) {
         return false;
     }
-    pa_context_set_state_callback(loop.context, &Loop::onContextState, &loop);
+    pa_context_set_state_callback(
+        loop.context,
+        [](pa_context* context, void* userdata) {
+            auto* l = static_cast<Loop*>(userdata);
+            // A subscriber hears of a lost server as of any other change.
+            if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(context)) && l->onEvent) {
+                try {
+                    l->onEvent();
+                } catch (...) {
+                    // nothing may leave the event thread
+                }
+            }
+            l->signal();
+        },
+        &loop);
     // No autospawn: on a desktop the session starts the server; where none
     // runs, the answer is "no input device", not a server of our own.
     const char* server = loop.server ? loop.server->c_str() : nullptr;
@@ -195,79 +190,28 @@ bool PulseClient::connect(double timeoutSeconds) {
             return state == PA_CONTEXT_READY || !PA_CONTEXT_IS_GOOD(state);
         },
         timeoutSeconds);
-    if (!settled || pa_context_get_state(loop.context) != PA_CONTEXT_READY) {
+    if (!settled || !loop.ready()) {
         loop.closeContext();
         return false;
     }
     return true;
 }
 
-std::optional<PulseClient::SourceFormat> PulseClient::defaultSourceFormat(double timeoutSeconds) {
-    Loop& loop = *loop_;
-    if (!loop.mainloop) {
-        return std::nullopt;
-    }
-    LoopLock lock(loop.mainloop);
-    if (!loop.context || pa_context_get_state(loop.context) != PA_CONTEXT_READY) {
-        return std::nullopt;
-    }
-
-    struct Query {
-        Loop* loop;
-        std::string defaultSource;
-        std::optional<SourceFormat> format;
-    } query{&loop, {}, std::nullopt};
-
-    pa_operation* serverInfo = pa_context_get_server_info(
-        loop.context,
-        [](pa_context*, const pa_server_info* info, void* userdata) {
-            auto* q = static_cast<Query*>(userdata);
-            if (info && info->default_source_name) {
-                q->defaultSource = info->default_source_name;
-            }
-            q->loop->signal();
-        },
-        &query);
-    if (!loop.finish(serverInfo, timeoutSeconds) || query.defaultSource.empty()) {
-        return std::nullopt;
-    }
-
-    pa_operation* sourceInfo = pa_context_get_source_info_by_name(
-        loop.context, query.defaultSource.c_str(),
-        [](pa_context*, const pa_source_info* info, int, void* userdata) {
-            auto* q = static_cast<Query*>(userdata);
-            if (info) {
-                SourceFormat format;
-                format.sampleRate = static_cast<int>(info->sample_spec.rate);
-                format.channels = info->sample_spec.channels;
-                for (int c = 0; c < info->channel_map.channels; ++c) {
-                    format.channelPositions.push_back(info->channel_map.map[c]);
-                }
-                q->format = std::move(format);
-            }
-            q->loop->signal();
-        },
-        &query);
-    if (!loop.finish(sourceInfo, timeoutSeconds)) {
-        return std::nullopt;
-    }
-    return query.format;
-}
-
 void PulseClient::startRecording(const SourceFormat& format, double fragmentSeconds,
-                                 RecordHandler onData, double timeoutSeconds) {
+                                 RecordHandler onData, double timeoutSeconds,
+                                 const RecordOptions& options) {
     Loop& loop = *loop_;
     if (!loop.mainloop) {
         throw MessageError("cannot record: the audio event loop did not start");
     }
     LoopLock lock(loop.mainloop);
-    if (!loop.context || pa_context_get_state(loop.context) != PA_CONTEXT_READY) {
+    if (!loop.ready()) {
         throw MessageError("cannot record: not connected to the sound server");
     }
     loop.closeStream();
 
     pa_sample_spec spec{};
-    spec.format = PA_SAMPLE_FLOAT32LE;
+    spec.format = options.sampleType == SampleType::s16 ? PA_SAMPLE_S16LE : PA_SAMPLE_FLOAT32LE;
     spec.rate = static_cast<uint32_t>(format.sampleRate);
     spec.channels = static_cast<uint8_t>(format.channels);
     if (!pa_sample_spec_valid(&spec)) {
@@ -284,13 +228,13 @@ void PulseClient::startRecording(const SourceFormat& format, double fragmentSeco
         pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_DEFAULT);
     }
 
-    loop.stream = pa_stream_new(loop.context, "Dictation", &spec, &map);
+    loop.stream = pa_stream_new(loop.context, options.streamName.c_str(), &spec, &map);
     if (!loop.stream) {
         throw MessageError("cannot record: " + loop.lastError());
     }
     loop.onData = std::move(onData);
-    pa_stream_set_state_callback(loop.stream, &Loop::onStreamState, &loop);
-    pa_stream_set_read_callback(loop.stream, &Loop::onStreamRead, &loop);
+    pa_stream_set_state_callback(loop.stream, &onStreamState, &loop);
+    pa_stream_set_read_callback(loop.stream, &onStreamRead, &loop);
 
     // Small fragments: the first syllable reaches us within a few tens of
     // milliseconds instead of waiting for the server's default of seconds.
@@ -301,7 +245,10 @@ void PulseClient::startRecording(const SourceFormat& format, double fragmentSeco
     attributes.minreq = static_cast<uint32_t>(-1);
     attributes.fragsize = static_cast<uint32_t>(
         pa_usec_to_bytes(static_cast<pa_usec_t>(fragmentSeconds * PA_USEC_PER_SEC), &spec));
-    if (pa_stream_connect_record(loop.stream, nullptr, &attributes, PA_STREAM_ADJUST_LATENCY) < 0) {
+    const auto flags = static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY |
+                                                      (options.dontMove ? PA_STREAM_DONT_MOVE : 0));
+    const char* device = options.device ? options.device->c_str() : nullptr;
+    if (pa_stream_connect_record(loop.stream, device, &attributes, flags) < 0) {
         const std::string reason = loop.lastError();
         loop.closeStream();
         throw MessageError("cannot record: " + reason);
@@ -318,6 +265,13 @@ void PulseClient::startRecording(const SourceFormat& format, double fragmentSeco
         loop.closeStream();
         throw MessageError("cannot record: " + reason);
     }
+    // Only now: a stream that fails from here on has died, not failed to start.
+    loop.onStreamFailed = options.onFailed;
+}
+
+void PulseClient::startRecording(const SourceFormat& format, double fragmentSeconds,
+                                 RecordHandler onData, double timeoutSeconds) {
+    startRecording(format, fragmentSeconds, std::move(onData), timeoutSeconds, RecordOptions());
 }
 
 void PulseClient::stopRecording() {
@@ -326,6 +280,14 @@ void PulseClient::stopRecording() {
     }
     LoopLock lock(loop_->mainloop);
     loop_->closeStream();
+}
+
+bool PulseClient::isRecording() {
+    if (!loop_->mainloop) {
+        return false;
+    }
+    LoopLock lock(loop_->mainloop);
+    return loop_->stream && pa_stream_get_state(loop_->stream) == PA_STREAM_READY;
 }
 
 }  // namespace tevra

@@ -111,6 +111,17 @@ X11Connection::Window X11Connection::topLevelOf(Window window) const {
     return 0;
 }
 
+std::vector<X11Connection::Window> X11Connection::clientList() const {
+    XErrorTrap trap(display_);
+    unsigned long items = 0;
+    const auto data = property(display_, root(), "_NET_CLIENT_LIST", XA_WINDOW, 32, &items);
+    std::vector<Window> windows(items);
+    if (items > 0) {
+        std::memcpy(windows.data(), data.data(), items * sizeof(unsigned long));
+    }
+    return windows;
+}
+
 std::optional<X11Connection::ClassHint> X11Connection::classHint(Window window) const {
     XErrorTrap trap(display_);
     return classHintOf(window);

@@ -37,6 +37,9 @@ public:
     // window holding the input focus; 0 when there is none.
     Window activeWindow() const;
     std::optional<ClassHint> classHint(Window window) const;
+    // _NET_CLIENT_LIST: the windows the window manager manages, oldest first;
+    // empty without a window manager that keeps it.
+    std::vector<Window> clientList() const;
     // _NET_WM_NAME, or WM_NAME for clients that set only that.
     std::optional<std::string> title(Window window) const;
     // _NET_WM_PID; 0 when the client does not say.

@@ -5,17 +5,9 @@
 #include <QPainterPath>
 
 #include "pill/hud_geometry.h"
+#include "pill/qt/paint_colours.h"
 
 namespace tevra {
-namespace {
-
-QColor white(double alpha) {
-    QColor colour(Qt::white);
-    colour.setAlphaF(static_cast<float>(alpha));
-    return colour;
-}
-
-}  // namespace
 
 // A tool-tip window: the window system places it above others and never hands
 // it the focus, not even when it appears.

@@ -127,7 +127,7 @@ TEST_F(BusServiceTest, EachRequestDoesWhatItsKeyDoesOrSaysWhyNot) {
         {{"record", "finish"}, "no capture is running"},
         {{"record", "cancel"}, "no capture is running"},
         {{"window"}, "the main window is not available yet"},
-        {{"notes", "start", "--app", "Zoom"}, "the notetaker is not available yet"},
+        {{"notes", "start", "--app", "Zoom"}, "the notetaker is not available"},
     };
     for (const Refusal& refusal : refusals) {
         const CtlRun run = tevractl(refusal.args);

@@ -7,16 +7,26 @@
 namespace tevra {
 namespace {
 
-TEST(TrayStatusItem, ShowsTheVoicesInItsToolTipAndQuitsFromItsMenu) {
+TEST(TrayStatusItem, ShowsTheVoicesInItsToolTipStartsNotesAndQuitsFromItsMenu) {
     int quits = 0;
     TrayStatusItem tray([&] { ++quits; });
     tray.setToolTip("Tevra \u2014 Fn Dictate \u00b7 Fn 2 Email");
     EXPECT_EQ(tray.toolTip(), QString::fromUtf8("Tevra \u2014 Fn Dictate \u00b7 Fn 2 Email"));
 
     const auto actions = tray.menu().actions();
-    ASSERT_EQ(actions.size(), 1);
-    EXPECT_EQ(actions[0]->text(), "Quit Tevra");
+    ASSERT_EQ(actions.size(), 3);
+    EXPECT_FALSE(actions[0]->isVisible()) << "no notetaker, no entry";
+    int notes = 0;
+    tray.setNotesEntry("Stop notes", true, [&] { ++notes; });
+    EXPECT_TRUE(actions[0]->isVisible());
+    EXPECT_EQ(actions[0]->text(), "Stop notes");
     actions[0]->trigger();
+    EXPECT_EQ(notes, 1);
+    tray.setNotesEntry("Start notes", false, [] {});
+    EXPECT_FALSE(actions[0]->isEnabled());
+
+    EXPECT_EQ(actions[2]->text(), "Quit Tevra");
+    actions[2]->trigger();
     EXPECT_EQ(quits, 1);
     EXPECT_FALSE(TrayStatusItem::drawIcon().availableSizes().isEmpty());
 }

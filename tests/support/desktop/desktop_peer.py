@@ -3,6 +3,7 @@
 
 It reports on stdout, one JSON object a line:
   {"event": "ready", "pid": ..}       the window became active with the field focused
+  {"event": "active", "active": ..}   the window became active or stopped being so
   {"event": "text", "text": ..}       the field's text changed
   {"event": "key", "name": .., "ctrl": .., "shift": ..}   a key went down in the window
   {"event": "clipboard", "targets": [..], "text": .., "png": ..}   answer to "read-clipboard"
@@ -52,6 +53,8 @@ class Peer:
             self.field.connect("changed", self.on_changed)
         self.window.add(self.field)
         self.window.connect("notify::is-active", self.check_ready)
+        self.window.connect("notify::is-active",
+                            lambda *_: say(event="active", active=self.window.is_active()))
         self.field.connect("focus-in-event", self.check_ready)
         self.window.show_all()
         if args.sandboxed:
