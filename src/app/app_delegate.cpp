@@ -112,14 +112,12 @@ void AppDelegate::wireHotkeyCallbacks(HotkeyBackend& backend) {
         return self && self->recording_;
     };
     backend.onCancel = action(&AppDelegate::cancelCapture);
-    // The select tool, translation of text and the clipboard queue are not
-    // part of this program yet: their keys do nothing.
-    backend.onSelectTool = [] {};
-    backend.onTranslateSelection = [] {};
-    backend.onTranslateClipboard = [] {};
-    backend.onClipStack = [] {};
-    backend.onClipPaste = [] {};
-    backend.onClipMode = [] {};
+    backend.onSelectTool = action(&AppDelegate::selectTool);
+    backend.onTranslateSelection = action(&AppDelegate::translateSelection);
+    backend.onTranslateClipboard = action(&AppDelegate::translateClipboardAction);
+    backend.onClipStack = action(&AppDelegate::clipStackAdd);
+    backend.onClipPaste = action(&AppDelegate::clipPaste);
+    backend.onClipMode = action(&AppDelegate::clipMode);
     backend.onDictateTranslateStart = action(&AppDelegate::startDictateTranslate);
     backend.onDictateTranslateFinish = action(&AppDelegate::finishCapture);
 }
@@ -160,6 +158,7 @@ void AppDelegate::startDictateTranslate() {
 
 void AppDelegate::beginRecording(const std::string&, const std::string&) {
     recording_ = true;
+    captureStateMayHaveChanged();
     recordingStarted_ = queue_.now();
     const std::uint64_t capture = ++captureNumber_;
     if (hotkey_) {
@@ -217,10 +216,17 @@ void AppDelegate::finishCapture() {
     const bool translate = translateCapture_;
     AudioRecorder::Samples samples = recorder_->stop();
     const double elapsed = queue_.now() - recordingStarted_;
+    const bool kept = elapsed > minCaptureSeconds && samples.size() > minCaptureSamples;
+    // Counted before the recording ends, so that watchers see it go straight
+    // from recording to processing.
+    const bool processed = kept && (translate || mode);
+    if (processed) {
+        ++processing_;
+    }
     endCaptureState();
 
-    if (elapsed > minCaptureSeconds && samples.size() > minCaptureSamples) {
-        if (!translate && !mode) {
+    if (kept) {
+        if (!processed) {
             pills().finishRecording();
             return;
         }
@@ -256,6 +262,7 @@ void AppDelegate::cancelCapture() {
 
 void AppDelegate::endCaptureState() {
     recording_ = false;
+    captureStateMayHaveChanged();
     activeMode_.reset();
     translateCapture_ = false;
     if (maxDurationTimer_) {
@@ -317,6 +324,8 @@ void AppDelegate::pasteFromPill(const std::string& text) {
 }
 
 void AppDelegate::deliver(const Outcome& outcome) {
+    --processing_;
+    captureStateMayHaveChanged();
     if (const auto* success = std::get_if<Outcome::Succeeded>(&outcome.value)) {
         log(success->logLine);
         std::weak_ptr<AppDelegate> weak = weak_from_this();

@@ -60,6 +60,8 @@ struct AppServices {
     // Whether the talk key can be watched here at all (the X display has
     // XTest and XInput2); asked again while waiting for it.
     std::function<bool()> inputControlAvailable;
+    // Brings the main window to the front; none until the program has one.
+    std::function<void()> showMainWindow;
     LogLine log;
     // The update check, blocking (it runs on `work`): the feed's decision for
     // this version; and the offer of a newer one to the user. Either absent (a
@@ -120,6 +122,27 @@ public:
     void startDictateTranslate();
 
     bool isCapturing() const { return recording_; }
+
+    enum class CaptureState { idle, recording, processing };
+    // recording while the microphone runs; processing while a dictation's
+    // text is still on its way; idle otherwise.
+    CaptureState captureState() const;
+    // Called on the main queue whenever captureState() has changed.
+    std::function<void()> onCaptureStateChanged;
+    // Whether slot holds an enabled voice.
+    bool hasVoice(int slot) const;
+
+    // The side actions, as their keys call them.
+    void selectTool();
+    void translateSelection();
+    void translateClipboardAction();
+    void clipStackAdd();
+    void clipPaste();
+    void clipMode();
+
+    // The main window, in front (a second launch of the program asks for
+    // it); false, and a line in the log, while there is none.
+    bool showSettingsWindow();
     WeftRuntime* runtime() const { return runtime_.get(); }
     HotkeyBackend* hotkey() const { return hotkey_.get(); }
     Pill* pill() const { return pill_.get(); }
@@ -161,6 +184,7 @@ private:
     void watchForAccessibilityGrant();
     std::shared_ptr<HotkeyBackend> makeOptionMonitor(int slotCount);
     void log(const std::string& line) const;
+    void captureStateMayHaveChanged();
 
     AppServices services_;
     MainQueue& queue_;
@@ -185,6 +209,9 @@ private:
 
     // Which capture a late microphone failure belongs to.
     std::uint64_t captureNumber_ = 0;
+    // Dictations whose text is still being made.
+    int processing_ = 0;
+    CaptureState reportedState_ = CaptureState::idle;
     NotificationObserver settingsObserver_;
 };
 

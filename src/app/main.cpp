@@ -7,8 +7,11 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <string>
 
 #include "app/cli.h"
+#include "app/dbus/tevra_bus_service.h"
 #include "app/single_instance.h"
 #include "app/tevra_application.h"
 #include "base/log.h"
@@ -60,11 +63,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "tevra: cannot open the X display %s.\n", display);
         return 1;
     }
-    const auto instance = SingleInstance::acquire(display);
-    if (!instance) {
-        std::fprintf(stderr, "tevra: Tevra is already running on display %s.\n", display);
-        return 1;
-    }
     // The hotkeys, the paste and the focus all speak X11; the clipboard and
     // the HUD must live on the same display, also in a Wayland session.
     if (std::getenv("QT_QPA_PLATFORM") == nullptr) {
@@ -74,6 +72,33 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Tevra"));
     QApplication::setApplicationVersion(QStringLiteral(TEVRA_VERSION));
     QApplication::setQuitOnLastWindowClosed(false);  // it lives on in the tray
+
+    // One Tevra per session: the one that owns the bus name. A second launch
+    // brings the first one's window to the front instead. Without a session
+    // bus, a lock per display keeps a second one off.
+    std::optional<SingleInstance> lock;
+    switch (TevraBusService::claimName()) {
+        case TevraBusService::Claim::owned:
+            break;
+        case TevraBusService::Claim::takenByAnother: {
+            std::string refusal;
+            if (!TevraBusService::askRunningToShowWindow(refusal)) {
+                std::fprintf(stderr, "tevra: another Tevra owns %s but does not answer: %s\n",
+                             TevraBusService::serviceName, refusal.c_str());
+                return 1;
+            }
+            std::printf("Tevra is already running%s.\n",
+                        refusal.empty() ? "; its window is in front" : (": " + refusal).c_str());
+            return 0;
+        }
+        case TevraBusService::Claim::noBus:
+            if (auto acquired = SingleInstance::acquire(display)) {
+                lock.emplace(std::move(*acquired));
+                break;
+            }
+            std::fprintf(stderr, "tevra: Tevra is already running on display %s.\n", display);
+            return 1;
+    }
     quitOnTerminationSignals(app);
 
     int status = 0;

@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "app/dbus/tevra_bus_service.h"
 #include "app/qt/settings_file_watcher.h"
+#include "app/remote_control.h"
 #include "app/qt/tray_status_item.h"
 #include "base/log.h"
 #include "capture/linux/atspi_focus.h"
@@ -107,6 +109,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
 }
 
 TevraApplication::~TevraApplication() {
+    bus_.reset();
     settingsWatcher_.reset();
     delegate_.reset();
     // Dictations still in the pipeline end before the services they use go;
@@ -122,9 +125,19 @@ void TevraApplication::launch() {
     Log::write("keys: " + runtime.keyStatusDescription() +
                (runtime.proxyToken() && !runtime.proxyToken()->empty() ? "  relay: \u2713" : ""));
     greet();
+    publishOnTheBus();
     const auto path = delegate_->runtime()->dataDir() / "settings.json";
     settingsWatcher_ = std::make_unique<SettingsFileWatcher>(QString::fromStdString(path.string()),
                                                              [this] { settingsFileChanged(); });
+}
+
+void TevraApplication::publishOnTheBus() {
+    control_ = std::make_shared<RemoteControl>(queue_, delegate_);
+    bus_ = std::make_unique<TevraBusService>(control_);
+    delegate_->onCaptureStateChanged = [bus = bus_.get()] { bus->stateMayHaveChanged(); };
+    if (!bus_->publish()) {
+        Log::write("session bus: the control interface could not be published");
+    }
 }
 
 void TevraApplication::greet() const {

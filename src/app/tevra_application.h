@@ -13,6 +13,8 @@
 namespace tevra {
 
 class Chime;
+class RemoteControl;
+class TevraBusService;
 class SettingsFileWatcher;
 class TrayStatusItem;
 
@@ -33,6 +35,8 @@ private:
     // One line for the terminal of `make run`: which key to hold, where the log
     // is; and the warning, there and in the log, when no speech service is reachable.
     void greet() const;
+    // The control interface on the session bus, for shortcuts and scripts.
+    void publishOnTheBus();
     // A hand edit of settings.json: the runtime reloads and the hotkeys follow.
     void settingsFileChanged();
     // The notetaker on the sound server and the windows of the session.
@@ -51,6 +55,8 @@ private:
     std::shared_ptr<Chime> chime_;
     std::shared_ptr<AppDelegate> delegate_;
     std::unique_ptr<SettingsFileWatcher> settingsWatcher_;
+    std::shared_ptr<RemoteControl> control_;
+    std::unique_ptr<TevraBusService> bus_;
 };
 
 }  // namespace tevra

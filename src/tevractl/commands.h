@@ -25,6 +25,13 @@ int notes(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostrea
 int update(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 int ocr(WeftRuntime& runtime, const Args& args, std::ostream& out, std::ostream& err);
 
+// The commands that drive a running Tevra over the session bus; they need no
+// runtime of their own. notesControl takes "start [--app NAME]" and "stop".
+int record(const Args& args, std::ostream& out, std::ostream& err);
+int window(const Args& args, std::ostream& out, std::ostream& err);
+int notesControl(const Args& args, std::ostream& out, std::ostream& err);
+int status(const Args& args, std::ostream& out, std::ostream& err);
+
 // Help texts, printed for --help and after a usage error.
 extern const char* const kUsage;
 std::string helpFor(const std::string& command);  // empty for an unknown command

@@ -20,6 +20,12 @@ const char* const kUsage =
     "  update check|verify              the signed update feed: ask it, or judge a file\n"
     "  ocr IMAGE [--words] [--json]     read the text off a picture\n"
     "\n"
+    "commands for a running Tevra (over the session bus):\n"
+    "  record start|finish|toggle|cancel [--mode SLOT]   what the talk key does\n"
+    "  window                           show Tevra's main window\n"
+    "  notes start [--app NAME] | stop  the notetaker, by hand\n"
+    "  status                           what Tevra is doing now\n"
+    "\n"
     "Run `tevractl COMMAND --help` for one command.\n";
 
 std::string helpFor(const std::string& command) {
@@ -56,6 +62,27 @@ std::string helpFor(const std::string& command) {
          "\n"
          "exit status: 0 done, 1 the history database could not be opened, 2 a wrong\n"
          "command line\n"},
+        {"record",
+         "usage: tevractl record start|finish|toggle|cancel [--mode SLOT]\n"
+         "\n"
+         "Drives a running Tevra as its keys do: start records with the voice in SLOT\n"
+         "(default 0, plain dictation), finish ends the recording and pastes the text,\n"
+         "toggle does one or the other (a tap of the talk key), cancel throws the\n"
+         "recording away. Bind `tevractl record toggle` to a key of your desktop's own\n"
+         "shortcuts where Tevra cannot watch the keyboard (Wayland).\n"
+         "\n"
+         "exit status: 0 done, 1 Tevra is not running or refused (it says why), 2 a wrong\n"
+         "command line\n"},
+        {"window",
+         "usage: tevractl window\n"
+         "\n"
+         "Brings a running Tevra's main window to the front.\n"},
+        {"status",
+         "usage: tevractl status\n"
+         "\n"
+         "Prints what a running Tevra is doing: the capture (idle, recording, processing)\n"
+         "and the notetaker (idle, detected, recording, processing). Exit status 1 when\n"
+         "Tevra is not running.\n"},
         {"keys",
          "usage: tevractl keys\n"
          "\n"
@@ -66,6 +93,7 @@ std::string helpFor(const std::string& command) {
          "       tevractl notes list [--limit N] [--json]\n"
          "       tevractl notes show ID [--json | --transcript]\n"
          "       tevractl notes delete ID\n"
+         "       tevractl notes start [--app NAME] | stop\n"
          "\n"
          "process turns the two sides of a call, your microphone and the other party\n"
          "(16-bit PCM WAV files, any sample rate, the first channel), into a saved session\n"
@@ -79,6 +107,10 @@ std::string helpFor(const std::string& command) {
          "list prints the latest N sessions (default 50), newest first, one per line: id,\n"
          "title, when, how long, what it holds. show prints one session; --transcript\n"
          "prints exactly what \"Copy transcript\" copies. delete removes one.\n"
+         "\n"
+         "start and stop drive a running Tevra's notetaker by hand: start records a\n"
+         "session now, for the application NAME (default: none named), stop ends it and\n"
+         "makes the notes.\n"
          "\n"
          "exit status: 0 done, 1 the work failed (no database, no such session, or a part\n"
          "of process failed), 2 a wrong command line or a file that is not such a WAV\n"},

@@ -17,6 +17,19 @@ int main(int argc, char** argv) {
         std::cout << ctl::kUsage;
         return all.empty() ? 2 : 0;
     }
+    // A running Tevra, driven over the session bus: no runtime of our own, so
+    // that a shortcut's command costs no more than the call.
+    using BusCommand = int (*)(const ctl::Args&, std::ostream&, std::ostream&);
+    static const std::map<std::string, BusCommand> busCommands = {
+        {"record", ctl::record}, {"window", ctl::window}, {"status", ctl::status}};
+    const ctl::Args rest(all.begin() + 1, all.end());
+    if (const auto bus = busCommands.find(all[0]); bus != busCommands.end()) {
+        return bus->second(rest, std::cout, std::cerr);
+    }
+    if (all[0] == "notes" && !rest.empty() && (rest[0] == "start" || rest[0] == "stop")) {
+        return ctl::notesControl(rest, std::cout, std::cerr);
+    }
+
     using Command = int (*)(WeftRuntime&, const ctl::Args&, std::ostream&, std::ostream&);
     static const std::map<std::string, Command> commands = {
         {"dictate", ctl::dictate}, {"translate", ctl::translate}, {"history", ctl::history},

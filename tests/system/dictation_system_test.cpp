@@ -302,13 +302,43 @@ TEST_F(DictationSystemTest, ASecondInstanceStepsAsideAndAHandEditOfTheSettingsTa
         << terminal;
     EXPECT_THAT(terminal, HasSubstr(movedTo));
 
+    // A second launch asks the first for its window, and leaves.
     const auto second = testing::runProcess({TEVRA_PATH});
-    EXPECT_EQ(second.exitCode, 1);
-    EXPECT_THAT(second.err, HasSubstr("Tevra is already running on display"));
+    EXPECT_EQ(second.exitCode, 0) << second.err;
+    EXPECT_THAT(second.out, HasSubstr("Tevra is already running"));
+    EXPECT_TRUE(waitForLog("reopen", 10));
 
     nlohmann::json edited = {{"hotkey", "option"}, {"proxyBaseURL", service.baseURL() + "/v1"}};
     std::ofstream(dataDir() / "settings.json") << edited.dump();
     EXPECT_TRUE(waitForLog("scheme=option, hotkey", 10)) << "the edit was not taken into use";
+}
+
+TEST_F(DictationSystemTest, TevractlDrivesADictationOverTheSessionBusAsTheTalkKeyWould) {
+    const auto absent = testing::runProcess({TEVRACTL_PATH, "status"});
+    EXPECT_EQ(absent.exitCode, 1);
+    EXPECT_EQ(absent.err, "tevractl status: Tevra is not running\n");
+
+    PeerProcess peer({.title = "Tevra system peer"});
+    peer.activate();
+    startTevra();
+    EXPECT_EQ(testing::runProcess({TEVRACTL_PATH, "status"}).out,
+              "capture: idle\nnotetaker: idle\n");
+    const auto speech = testing::spokenSamples(kTranscript, 48000, 2);
+    const std::pair<std::string, std::string> ways[] = {{"start", "finish"}, {"toggle", "toggle"}};
+    for (const auto& [begin, end] : ways) {
+        VirtualMicrophone microphone;
+        ASSERT_EQ(testing::runProcess({TEVRACTL_PATH, "record", begin}).exitCode, 0);
+        ASSERT_TRUE(waitForLog("Fn \u2192 Dictate", 10));
+        pause(0.3);  // the record stream opens
+        microphone.speak(speech);
+        ASSERT_TRUE(waitUntil([&] { return microphone.finished(); }, 20));
+        const auto finished = testing::runProcess({TEVRACTL_PATH, "record", end});
+        ASSERT_EQ(finished.exitCode, 0) << finished.err;
+        EXPECT_TRUE(peer.waitFor("text", 30, [](const nlohmann::json& event) {
+            return event["text"].get<std::string>().ends_with(kPolished);
+        })) << begin;
+    }
+    EXPECT_EQ(speechRequests.load(), 2);
 }
 
 TEST_F(DictationSystemTest, ADroppedPillSnapsToTheNearestEdgeAndIsThereAfterARestart) {
