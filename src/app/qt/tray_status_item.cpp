@@ -23,6 +23,9 @@ TrayStatusItem::TrayStatusItem(std::function<void()> onQuit) {
     });
     icon_.setIcon(drawIcon());
     icon_.setContextMenu(&menu_);
+}
+
+void TrayStatusItem::show() {
     icon_.show();
 }
 
