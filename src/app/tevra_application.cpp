@@ -167,6 +167,9 @@ void TevraApplication::publishOnTheBus() {
     control_ = std::make_shared<RemoteControl>(queue_, delegate_);
     bus_ = std::make_unique<TevraBusService>(control_);
     delegate_->onCaptureStateChanged = [bus = bus_.get()] { bus->stateMayHaveChanged(); };
+    if (session_.kind == DesktopSession::Kind::wayland) {
+        bus_->setPaths(session_.name() + " session \u2014 " + session_.pathsDescription());
+    }
     if (!bus_->publish()) {
         Log::write("session bus: the control interface could not be published");
     }

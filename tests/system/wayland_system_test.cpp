@@ -108,6 +108,10 @@ TEST_F(WaylandSystemTest, ABindingOfTevractlDictatesIntoNativeWaylandWindows) {
     startOnSway();
     EXPECT_TRUE(waitForLog("Wayland (wlroots) session \u2014 keys: session bus", 5)) << log();
     EXPECT_THAT(log(), HasSubstr("paste: virtual keyboard; clipboard: data control"));
+    EXPECT_THAT(testing::runProcess({TEVRACTL_PATH, "status"},
+                                    {{"DBUS_SESSION_BUS_ADDRESS", sway.busAddress()}})
+                    .out,
+                HasSubstr("session: Wayland (wlroots) session \u2014 keys: session bus"));
 
     std::map<std::string, std::string> before;
     for (const auto& [type, bytes] : kBefore.formats) {
