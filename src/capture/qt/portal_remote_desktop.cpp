@@ -32,15 +32,16 @@ std::string readToken(const std::filesystem::path& file) {
 
 }  // namespace
 
-PortalRemoteDesktop::PortalRemoteDesktop(std::filesystem::path tokenFile, LogLine log)
-    : tokenFile_(std::move(tokenFile)), log_(std::move(log)) {}
+PortalRemoteDesktop::PortalRemoteDesktop(std::filesystem::path tokenFile, LogLine log,
+                                         QDBusConnection bus)
+    : bus_(std::move(bus)), tokenFile_(std::move(tokenFile)), log_(std::move(log)) {}
 
 void PortalRemoteDesktop::start() {
     // Restoring needs version 2 of the interface; older portals ask each time.
     QDBusMessage get = QDBusMessage::createMethodCall(PortalRequest::service, PortalRequest::path,
                                                       "org.freedesktop.DBus.Properties", "Get");
     get.setArguments({QString(interface), QStringLiteral("version")});
-    auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(get), this);
+    auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(get), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
             [this](QDBusPendingCallWatcher* finished) {
                 finished->deleteLater();
@@ -57,7 +58,8 @@ void PortalRemoteDesktop::start() {
 void PortalRemoteDesktop::createSession() {
     QVariantMap options{{"session_handle_token", PortalRequest::token()}};
     PortalRequest::call(
-        interface, "CreateSession", {}, options, [this](uint response, const QVariantMap& results) {
+        bus_, interface, "CreateSession", {}, options,
+        [this](uint response, const QVariantMap& results) {
             const QString session = results.value("session_handle").toString();
             if (response != 0 || session.isEmpty()) {
                 log_("remote desktop portal: no session (" + std::to_string(response) + ")");
@@ -76,7 +78,7 @@ void PortalRemoteDesktop::selectDevices(const QString& session) {
         }
     }
     PortalRequest::call(
-        interface, "SelectDevices", {QVariant::fromValue(QDBusObjectPath(session))}, options,
+        bus_, interface, "SelectDevices", {QVariant::fromValue(QDBusObjectPath(session))}, options,
         [this, session](uint response, const QVariantMap&) {
             if (response != 0) {
                 log_("remote desktop portal: keyboard refused (" + std::to_string(response) + ")");
@@ -88,7 +90,7 @@ void PortalRemoteDesktop::selectDevices(const QString& session) {
 
 void PortalRemoteDesktop::startSession(const QString& session) {
     PortalRequest::call(
-        interface, "Start", {QVariant::fromValue(QDBusObjectPath(session)), QString()}, {},
+        bus_, interface, "Start", {QVariant::fromValue(QDBusObjectPath(session)), QString()}, {},
         [this, session](uint response, const QVariantMap& results) {
             if (response != 0 || (results.value("devices").toUInt() & kKeyboard) == 0) {
                 log_("remote desktop portal: not started (" + std::to_string(response) + ")");
@@ -122,14 +124,13 @@ void PortalRemoteDesktop::post(const KeySequence& events) {
         return;
     }
     // Sent in order on one connection, so they arrive in order.
-    QDBusConnection bus = QDBusConnection::sessionBus();
     for (const KeyStroke& stroke : events) {
         QDBusMessage message = QDBusMessage::createMethodCall(
             PortalRequest::service, PortalRequest::path, interface, "NotifyKeyboardKeycode");
         message.setArguments({QVariant::fromValue(QDBusObjectPath(session_)), QVariantMap(),
                               static_cast<int>(stroke.keycode - kXOffset),
                               static_cast<uint>(stroke.down ? 1 : 0)});
-        bus.asyncCall(message);
+        bus_.asyncCall(message);
     }
 }
 

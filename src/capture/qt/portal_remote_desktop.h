@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QObject>
 #include <QString>
 #include <filesystem>
@@ -19,7 +20,8 @@ class PortalRemoteDesktop : public QObject, public KeyInjector {
     Q_OBJECT
 
 public:
-    PortalRemoteDesktop(std::filesystem::path tokenFile, LogLine log);
+    PortalRemoteDesktop(std::filesystem::path tokenFile, LogLine log,
+                        QDBusConnection bus = QDBusConnection::sessionBus());
 
     // Asks the portal for the session; the answer comes later.
     void start();
@@ -39,6 +41,7 @@ private:
     void selectDevices(const QString& session);
     void startSession(const QString& session);
 
+    QDBusConnection bus_;
     std::filesystem::path tokenFile_;
     LogLine log_;
     uint version_ = 1;

@@ -12,12 +12,11 @@ QString PortalRequest::token() {
     return QStringLiteral("tevra%1").arg(++next);
 }
 
-PortalRequest::PortalRequest(QString requestPath, Done done)
-    : requestPath_(std::move(requestPath)), done_(std::move(done)) {}
+PortalRequest::PortalRequest(QDBusConnection bus, QString requestPath, Done done)
+    : bus_(std::move(bus)), requestPath_(std::move(requestPath)), done_(std::move(done)) {}
 
-void PortalRequest::call(const QString& interface, const QString& method, QVariantList arguments,
-                         QVariantMap options, Done done) {
-    QDBusConnection bus = QDBusConnection::sessionBus();
+void PortalRequest::call(QDBusConnection bus, const QString& interface, const QString& method,
+                         QVariantList arguments, QVariantMap options, Done done) {
     const QString handle = token();
     options.insert(QStringLiteral("handle_token"), handle);
     // The portal names the Request after our unique name and the token, so
@@ -26,7 +25,7 @@ void PortalRequest::call(const QString& interface, const QString& method, QVaria
     sender.replace('.', '_');
     const QString requestPath =
         QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2").arg(sender, handle);
-    auto* request = new PortalRequest(requestPath, std::move(done));
+    auto* request = new PortalRequest(bus, requestPath, std::move(done));
     bus.connect(service, requestPath, QStringLiteral("org.freedesktop.portal.Request"),
                 QStringLiteral("Response"), request, SLOT(onResponse(uint, QVariantMap)));
 

@@ -25,19 +25,20 @@ public:
     static constexpr const char* path = "/org/freedesktop/portal/desktop";
 
     // The arguments come before the options, which are the call's last.
-    static void call(const QString& interface, const QString& method, QVariantList arguments,
-                     QVariantMap options, Done done);
+    static void call(QDBusConnection bus, const QString& interface, const QString& method,
+                     QVariantList arguments, QVariantMap options, Done done);
 
     // A fresh token for handle_token and session_handle_token.
     static QString token();
 
 private:
-    PortalRequest(QString requestPath, Done done);
+    PortalRequest(QDBusConnection bus, QString requestPath, Done done);
 
 private slots:
     void onResponse(uint response, const QVariantMap& results);
 
 private:
+    QDBusConnection bus_;
     QString requestPath_;
     Done done_;
 };
