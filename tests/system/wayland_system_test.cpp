@@ -52,7 +52,10 @@ protected:
     }
 
     std::map<std::string, std::optional<std::string>> clientEnvironment() const {
+        // The compositor's bus, which has no accessibility bus: the desktop
+        // tests that watch the focus there are not disturbed.
         return {{"WAYLAND_DISPLAY", sway.socket()},
+                {"DBUS_SESSION_BUS_ADDRESS", sway.busAddress()},
                 {"DISPLAY", std::nullopt},
                 {"GDK_BACKEND", "wayland"},
                 {"QT_QPA_PLATFORM", "wayland"}};
@@ -199,6 +202,7 @@ TEST_F(KdeSystemTest, TheRemoteDesktopPortalPastesIntoQtAndGtkWindows) {
         PeerProcess peer({.title = qt ? "Qt peer" : "GTK peer",
                           .qt = qt,
                           .environment = {{"WAYLAND_DISPLAY", kwin.socket()},
+                                          {"DBUS_SESSION_BUS_ADDRESS", kwin.busAddress()},
                                           {"DISPLAY", std::nullopt},
                                           {"GDK_BACKEND", "wayland"},
                                           {"QT_QPA_PLATFORM", "wayland"}}});
