@@ -19,6 +19,7 @@
 #include "capture/linux/x11_secure_input.h"
 #include "capture/microphone_recorder.h"
 #include "capture/no_key_injector.h"
+#include "capture/qt/portal_remote_desktop.h"
 #include "capture/qt/qt_clipboard.h"
 #include "capture/qt/qt_sound_cues.h"
 #include "capture/session_bus_hotkeys.h"
@@ -88,6 +89,11 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
         }
         if (session_.paste == DesktopSession::Paste::virtualKeyboard) {
             keys = VirtualKeyboardInjector::create(wayland_, toplevels);
+        } else if (session_.paste == DesktopSession::Paste::remoteDesktopPortal) {
+            auto portal = std::make_shared<PortalRemoteDesktop>(
+                WeftSettings::defaultDir() / "remote_desktop_token", writeLog);
+            portal->start();
+            keys = portal;
         }
         services.contextReader =
             std::make_shared<ContextReader>(std::make_shared<WaylandFocusProbe>(toplevels, focus));

@@ -48,8 +48,15 @@ DesktopSession DesktopSession::detect(const std::function<const char*(const char
     session.family = familyOf(env("XDG_CURRENT_DESKTOP"), globals);
     session.xwayland = set(env("DISPLAY"));
     session.keys = Keys::sessionBus;
-    session.paste =
-        has(globals, "zwp_virtual_keyboard_manager_v1") ? Paste::virtualKeyboard : Paste::none;
+    if (has(globals, "zwp_virtual_keyboard_manager_v1")) {
+        session.paste = Paste::virtualKeyboard;
+    } else if (session.family == Family::kde || session.family == Family::gnome) {
+        // Whether the portal grants it is known only later; until it does,
+        // the text stays on the clipboard.
+        session.paste = Paste::remoteDesktopPortal;
+    } else {
+        session.paste = Paste::none;
+    }
     session.clipboard =
         has(globals, "zwlr_data_control_manager_v1") ? Clipboard::dataControl : Clipboard::xwayland;
     // A paste chord with no way to set the clipboard first would paste
@@ -77,6 +84,9 @@ std::string DesktopSession::pathsDescription() const {
             break;
         case Paste::virtualKeyboard:
             pastePath = "virtual keyboard";
+            break;
+        case Paste::remoteDesktopPortal:
+            pastePath = "remote desktop portal";
             break;
         case Paste::none:
             pastePath = "none (copied \u2014 press Ctrl+V)";

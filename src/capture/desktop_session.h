@@ -19,7 +19,8 @@ struct DesktopSession {
     enum class Paste {
         xtest,
         virtualKeyboard,
-        none,  // the text stays on the clipboard: "copied — press Ctrl+V"
+        remoteDesktopPortal,  // KDE and GNOME: granted once, then restored
+        none,                 // the text stays on the clipboard: "copied — press Ctrl+V"
     };
     enum class Clipboard {
         x11,

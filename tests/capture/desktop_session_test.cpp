@@ -34,16 +34,16 @@ TEST(DesktopSessionTest, TakesWhatTheSessionOffersAndSaysWhich) {
         {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":1"}, {"XDG_CURRENT_DESKTOP", "KDE"}},
          kwin,
          "Wayland (KDE)",
-         "keys: session bus (tevractl on a shortcut of the desktop); paste: none (copied \u2014 "
-         "press Ctrl+V); clipboard: data control"},
-        // GNOME: neither; the clipboard is shared with XWayland's.
+         "keys: session bus (tevractl on a shortcut of the desktop); paste: remote desktop "
+         "portal; clipboard: data control"},
+        // GNOME: no data control; the clipboard is shared with XWayland's.
         {{{"XDG_SESSION_TYPE", "wayland"},
           {"DISPLAY", ":0"},
           {"XDG_CURRENT_DESKTOP", "ubuntu:GNOME"}},
          mutter,
          "Wayland (GNOME)",
-         "keys: session bus (tevractl on a shortcut of the desktop); paste: none (copied \u2014 "
-         "press Ctrl+V); clipboard: XWayland"},
+         "keys: session bus (tevractl on a shortcut of the desktop); paste: remote desktop "
+         "portal; clipboard: XWayland"},
         // No XWayland and no data control: no clipboard at all, so no paste.
         {{{"WAYLAND_DISPLAY", "wayland-0"}},
          {"wl_seat", "zwp_virtual_keyboard_manager_v1"},

@@ -8,6 +8,7 @@
 
 #include "app/qt/qt_main_queue.h"
 #include "capture/wayland/data_control_clipboard.h"
+#include "support/desktop/kwin_session.h"
 #include "support/desktop/sway_session.h"
 #include "support/subprocess.h"
 #include "system/dictation_system_fixture.h"
@@ -51,7 +52,10 @@ protected:
     }
 
     std::map<std::string, std::optional<std::string>> clientEnvironment() const {
+        // The compositor's bus, which has no accessibility bus: the desktop
+        // tests that watch the focus there are not disturbed.
         return {{"WAYLAND_DISPLAY", sway.socket()},
+                {"DBUS_SESSION_BUS_ADDRESS", sway.busAddress()},
                 {"DISPLAY", std::nullopt},
                 {"GDK_BACKEND", "wayland"},
                 {"QT_QPA_PLATFORM", "wayland"}};
@@ -163,6 +167,60 @@ TEST_F(WaylandSystemTest, ABindingOfTevractlDictatesIntoNativeWaylandWindows) {
     EXPECT_EQ(testing::readFile(out / "typed"), kPolished);
     foot.terminate();
     foot.waitForFinished(5000);
+}
+
+// KWin: the clipboard through data control, the paste chord through the
+// Remote Desktop portal, which KDE's backend grants without a dialog here.
+class KdeSystemTest : public DictationSystemTest {
+protected:
+    testing::KwinSession kwin;
+};
+
+TEST_F(KdeSystemTest, TheRemoteDesktopPortalPastesIntoQtAndGtkWindows) {
+    ASSERT_TRUE(kwin.running());
+    QObject timers;
+    QtMainQueue queue{&timers};
+    auto wayland = WaylandConnection::open(kwin.socket());
+    ASSERT_TRUE(wayland);
+    auto clipboard = DataControlClipboard::create(queue, wayland);
+    ASSERT_TRUE(clipboard) << "KWin offers data control";
+
+    const std::map<std::string, std::optional<std::string>> bus = {
+        {"DBUS_SESSION_BUS_ADDRESS", kwin.busAddress()}};
+    startTevra(nlohmann::json::object(),
+               {{"WAYLAND_DISPLAY", QString::fromStdString(kwin.socket())},
+                {"DISPLAY", QString()},
+                {"XDG_SESSION_TYPE", "wayland"},
+                {"XDG_CURRENT_DESKTOP", "KDE"},
+                {"DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(kwin.busAddress())}});
+    ASSERT_TRUE(waitForLog("remote desktop portal: keyboard granted", 15)) << kwin.log();
+    EXPECT_THAT(testing::runProcess({TEVRACTL_PATH, "status"}, bus).out,
+                HasSubstr("paste: remote desktop portal; clipboard: data control"));
+
+    const auto speech = testing::spokenSamples(kTranscript, 48000, 2);
+    for (const bool qt : {true, false}) {
+        PeerProcess peer({.title = qt ? "Qt peer" : "GTK peer",
+                          .qt = qt,
+                          .environment = {{"WAYLAND_DISPLAY", kwin.socket()},
+                                          {"DBUS_SESSION_BUS_ADDRESS", kwin.busAddress()},
+                                          {"DISPLAY", std::nullopt},
+                                          {"GDK_BACKEND", "wayland"},
+                                          {"QT_QPA_PLATFORM", "wayland"}}});
+        ASSERT_TRUE(peer.waitFor("ready", 20)) << (qt ? "Qt" : "GTK");
+        clipboard->restore({kBefore});
+
+        VirtualMicrophone microphone;
+        ASSERT_EQ(testing::runProcess({TEVRACTL_PATH, "record", "toggle"}, bus).exitCode, 0);
+        pause(0.5);  // the record stream opens
+        microphone.speak(speech);
+        ASSERT_TRUE(waitUntil([&] { return microphone.finished(); }, 20));
+        ASSERT_EQ(testing::runProcess({TEVRACTL_PATH, "record", "toggle"}, bus).exitCode, 0);
+        EXPECT_TRUE(peer.waitFor("text", 30, [](const nlohmann::json& event) {
+            return event["text"] == kPolished;
+        })) << (qt ? "Qt" : "GTK");
+        pause(1.5);
+        EXPECT_EQ(clipboard->text(), "kept across the dictation") << "the clipboard is back";
+    }
 }
 
 }  // namespace
