@@ -6,9 +6,10 @@
 #include <string_view>
 
 #include "app/dbus/tevra_bus_service.h"
+#include "app/qt/screen_text_tools.h"
 #include "app/qt/settings_file_watcher.h"
-#include "app/remote_control.h"
 #include "app/qt/tray_status_item.h"
+#include "app/remote_control.h"
 #include "base/log.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
@@ -73,8 +74,15 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.recorder = std::make_shared<MicrophoneRecorder>(queue_, PulseAudioInput::factory());
     auto clipboard = std::make_shared<QtClipboard>(std::make_shared<X11ClipboardReader>(queue_));
     services.inserter = std::make_shared<TextInserter>(queue_, clipboard, keys, secure);
-    services.contextReader =
-        std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
+    auto focusProbe = std::make_shared<X11FocusProbe>(x_, focus);
+    services.contextReader = std::make_shared<ContextReader>(focusProbe);
+    services.clipboard = clipboard;
+    services.focus = focusProbe;
+    ScreenTextTools screenText =
+        ScreenTextTools::make(queue_, work_, x_, clipboard, keys, secure, focusProbe, writeLog);
+    services.selection = std::move(screenText.selection);
+    services.screenReader = std::move(screenText.screenReader);
+    services.focusedSelection = std::move(screenText.focusedSelection);
     chime_ = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
     services.chime = chime_;
     services.secureInput = secure;
