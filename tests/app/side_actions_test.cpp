@@ -11,7 +11,8 @@ using namespace tevra::testing;
 
 class SideActionsTest : public AppDelegateTest {
 protected:
-    // What the user sees, hears and gets pasted, in order.
+    // What the user sees, hears and gets pasted, in order; then the
+    // selection tool's history row, if one was written.
     std::vector<std::string> story() const {
         std::vector<std::string> out;
         for (const std::string& entry : journal->names()) {
@@ -20,6 +21,12 @@ protected:
                     out.push_back(entry);
                 }
             }
+        }
+        const auto& store = app->runtime()->store();
+        if (const auto rows = store ? store->recent(1) : std::vector<HistoryRow>{};
+            !rows.empty() && rows[0].app == "Screen selection") {
+            out.push_back("row " + rows[0].polishBackend + " " + std::to_string(rows[0].words) +
+                          ": " + rows[0].polished);
         }
         return out;
     }
@@ -33,102 +40,104 @@ protected:
     void setClipboard(const std::string& text) {
         clipboard->items = {ClipboardData{{{"text/plain", text}}}};
     }
-
-    // A language backend that breaks down beyond what the clean-up's
-    // fallbacks catch: the pipeline call itself fails.
-    void breakTheModel() {
-        model = [](const std::string&) -> std::string { throw 42; };
-    }
 };
 
-const std::string kLongReason = "quota exceeded \u2014 " + [] {
-    std::string accents;
-    for (int i = 0; i < 40; ++i) {
-        accents += "\u00e9";
+TEST_F(SideActionsTest, EachActionReportsItsOutcome) {
+    const std::string raw = "Quartrly  numbers\nup";  // as the selection tool read it
+    std::string reason = "quota exceeded ";           // a failure, cut at 60 characters, not bytes
+    for (int i = 0; i < 50; ++i) {
+        reason += "\u00e9";
     }
-    return accents;
-}();
-
-TEST_F(SideActionsTest, EachActionReportsItsOutcomeOnTheHud) {
+    auto answer = [&](std::string text) { model = [text](const std::string&) { return text; }; };
+    // A language backend that breaks beyond what the clean-up's fallbacks
+    // catch: the pipeline call itself fails.
+    auto breakTheModel = [&] { model = [](const std::string&) -> std::string { throw 42; }; };
+    const std::string copied = "hud error " + std::string(AppDelegate::copiedMessage);
     struct Case {
         const char* name;
         std::function<void()> act;
         std::vector<std::string> story;
-        std::string log = "";  // a line the log must hold; empty: none asked for
+        std::string log = "";  // a line the log must hold
     };
-    const std::string copied = AppDelegate::copiedMessage;
     const std::vector<Case> cases = {
         {"the selection, translated in place",
-         [&] {
-             focusedApp->selected = "bonjour";
-             model = [](const std::string&) { return std::string("hello"); };
-             app->translateSelection();
-         },
+         [&] { focusedApp->selected = "bonjour", answer("hello"), app->translateSelection(); },
          {"setText bonjour", "hud processing", "play start", "setText hello", "play done",
           "pill show", "hud done"},
          "translate selection \u2192 en: 5 chars"},
         {"nothing selected",
          [&] { app->translateSelection(); },
          {"hud error select text first, then press Control_R+7"}},
-        {"the clipboard, translated",
-         [&] {
-             setClipboard(" Guten Tag\n");
-             model = [](const std::string& text) { return "[" + text + "]"; };
-             app->translateClipboardAction();
-         },
-         {"hud processing", "play start", "setText [ Guten Tag\n]", "play done", "pill show",
-          "hud done"},
-         "translate clipboard \u2192 en: 13 chars"},
+        {"the clipboard, translated, blanks and all",
+         [&] { setClipboard(" Guten Tag\n"), answer("Good day"), app->translateClipboardAction(); },
+         {"hud processing", "play start", "setText Good day", "play done", "pill show", "hud done"},
+         "translate clipboard \u2192 en: 8 chars"},
         {"a blank clipboard",
          [&] { setClipboard(" \n"), app->translateClipboardAction(); },
          {"hud error clipboard is empty \u2014 copy text first"}},
-        {"a translation that fails says why in 60 characters",
+        {"a translation that fails",
          [&] {
              setClipboard("Guten Tag");
-             model = [](const std::string&) -> std::string { throw MessageError(kLongReason); };
+             model = [&](const std::string&) -> std::string { throw MessageError(reason); };
              app->translateClipboardAction();
          },
          {"hud processing", "play start",
-          "hud error translate failed: " +
-              text::prefixCharacters("command failed: " + kLongReason, 60),
+          "hud error translate failed: " + text::prefixCharacters("command failed: " + reason, 60),
           "play fail", "pill show"}},
-        {"a translation is refused during a capture",
+        {"no translation during a capture",
          [&] {
-             focusedApp->selected = "bonjour";
-             setClipboard("Guten Tag");
-             app->startSlot(0);
-             app->translateSelection();
-             app->translateClipboardAction();
-             app->cancelCapture();
+             focusedApp->selected = "bonjour", setClipboard("Guten Tag"), app->startSlot(0);
+             app->translateSelection(), app->translateClipboardAction(), app->cancelCapture();
          },
          {"pill startRecording", "pill finishRecording"}},
-        {"the screenshot voice reads a region, in a password field too",
+        {"the screenshot voice, in a password field too",
          [&] {
-             secure->active = true;
-             region->writes = "png";
-             lines->lines = {"Quarterly", "numbers"};
-             model = [](const std::string&) { return std::string("Quarterly numbers."); };
-             app->startSlot(5);
+             secure->active = true, region->writes = "png", lines->lines = {"Q3", "numbers"};
+             answer("Q3 numbers."), app->startSlot(5);
          },
-         {"hud hide", "hud processing", "play start", "setText Quarterly numbers.",
-          "hud error " + copied, "play done"},
-         "OCR: 2 lines, 17 chars"},
+         {"hud hide", "hud processing", "play start", "setText Q3 numbers.", copied, "play done"},
+         "OCR: 2 lines, 10 chars"},
         {"a region given up",
          [&] { app->startSlot(5); },
          {"hud hide", "hud error screenshot cancelled"},
          "OCR failed: screenshot cancelled"},
-        {"the screenshot voice's clean-up fails",
-         [&] {
-             region->writes = "png";
-             lines->lines = {"Quarterly"};
-             breakTheModel();
-             app->startSlot(5);
-         },
+        {"the screenshot voice fails",
+         [&] { region->writes = "png", lines->lines = {"Q3"}, breakTheModel(), app->startSlot(5); },
          {"hud hide", "hud processing", "play start", "hud error unknown error", "play fail"}},
+        {"a selection repaired by the screenshot voice",
+         [&] { answer("Quarterly numbers up"), selectionTool->onCopied(raw); },
+         {"setText Quarterly numbers up", "pill reload",
+          "row select+repair 3: Quarterly numbers up"}},
+        {"a blank repair keeps the selection",
+         [&] { answer(" \n"), selectionTool->onCopied(raw); },
+         {"pill reload", "row select 2: " + raw}},
+        {"a failing repair keeps the selection",
+         [&] { breakTheModel(), selectionTool->onCopied(raw); },
+         {"pill reload", "row select 2: " + raw},
+         "selection repair failed, keeping raw: unknown error"},
+        {"no enabled screenshot voice: the selection as it is",
+         [&] {
+             Mode voice = *app->runtime()->store()->mode(5);
+             voice.enabled = false;
+             app->runtime()->store()->saveMode(voice);
+             selectionTool->onCopied(raw);
+         },
+         {"pill reload", "row select 2: " + raw}},
+        {"no history: the selection is dropped",
+         [&] {
+             TearDown();
+             std::filesystem::remove_all(data.path());
+             std::filesystem::create_directories(data / "weft.sqlite/inside");
+             relaunch();
+             selectionTool->onCopied(raw);
+         },
+         {"pill reload"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         TearDown();
+        std::filesystem::remove_all(data.path());
+        std::filesystem::create_directories(data.path());
         secure->active = false;
         region->writes.reset();
         focusedApp->selected.reset();
@@ -183,63 +192,6 @@ TEST_F(SideActionsTest, TheClipboardQueueGathersAndPastesInEitherMode) {
                                         "hud error " + std::string(AppDelegate::copiedMessage),
                                         "hud error Pasted \u00b7 1 left"));
     EXPECT_EQ(app->clipQueue().items().front().text, "b");
-}
-
-TEST_F(SideActionsTest, TheSelectionToolsTextGoesIntoTheHistoryRepairedByTheScreenshotVoice) {
-    enum Setup { noStore, voiceDisabled, repaired, repairBlank, repairFails };
-    struct Case {
-        const char* name;
-        Setup setup;
-        std::vector<std::string> story;
-        std::string polished, polishBackend;
-    };
-    const std::string raw = "Quartrly  numbers\nup";
-    const std::vector<Case> cases = {
-        {"without a history", noStore, {"pill reload"}, "", ""},
-        {"without an enabled screenshot voice", voiceDisabled, {"pill reload"}, raw, "select"},
-        {"repaired, pasted over the selection",
-         repaired,
-         {"setText Quarterly numbers up", "pill reload"},
-         "Quarterly numbers up",
-         "select+repair"},
-        {"a blank repair keeps the text", repairBlank, {"pill reload"}, raw, "select"},
-        {"a failing repair keeps the text", repairFails, {"pill reload"}, raw, "select"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        TearDown();
-        std::filesystem::remove_all(data.path());
-        std::filesystem::create_directories(c.setup == noStore ? data / "weft.sqlite/inside"
-                                                               : data.path());
-        model = [&c](const std::string&) {
-            return std::string(c.setup == repairBlank ? " \n" : "Quarterly numbers up");
-        };
-        relaunch();
-        const auto& store = app->runtime()->store();
-        if (c.setup == voiceDisabled) {
-            Mode screenshot = *store->mode(5);
-            screenshot.enabled = false;
-            store->saveMode(screenshot);
-        } else if (c.setup == repairFails) {
-            breakTheModel();
-        }
-        selectionTool->onCopied(raw);
-        settle();
-        EXPECT_EQ(story(), c.story);
-        if (c.setup == repairFails) {
-            EXPECT_THAT(logs, Contains(HasSubstr("selection repair failed, keeping raw: ")));
-        }
-        if (!store) {
-            continue;
-        }
-        const HistoryRow row = store->recent(1).at(0);
-        EXPECT_EQ(row.app, "Screen selection");
-        EXPECT_EQ(row.raw, raw);
-        EXPECT_EQ(row.polished, c.polished);
-        EXPECT_EQ(row.words, c.setup == repaired ? 3 : 2);
-        EXPECT_EQ(row.sttBackend, "select");
-        EXPECT_EQ(row.polishBackend, c.polishBackend);
-    }
 }
 
 }  // namespace
