@@ -50,9 +50,7 @@ public:
     virtual std::optional<std::string> text() = 0;
     // The same, without holding up the caller on the clipboard's owner: done
     // gets it on the main queue.
-    virtual void textLater(std::function<void(std::optional<std::string>)> done) {
-        done(text());
-    }
+    virtual void textLater(std::function<void(std::optional<std::string>)> done) { done(text()); }
     // Grows by at least one whenever the clipboard's contents change, by this
     // program or another.
     virtual std::int64_t changeCount() = 0;
