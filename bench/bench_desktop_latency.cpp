@@ -306,7 +306,7 @@ void BM_ReleaseToPasteOnSway(benchmark::State& state) {
         return;
     }
     const std::string png = largeImage();
-    owner->restore({ClipboardItem{{{"text/plain", "an earlier copy"}, {"image/png", png}}}});
+    owner->restore({ClipboardData{{{"text/plain", "an earlier copy"}, {"image/png", png}}}});
     testing::PeerProcess target({.title = "Paste target",
                                  .environment = {{"WAYLAND_DISPLAY", sway.socket()},
                                                  {"DISPLAY", std::nullopt},

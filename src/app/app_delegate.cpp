@@ -14,7 +14,6 @@ namespace tevra {
 namespace {
 
 constexpr const char* kSecureInputMessage = "secure input active (password field?)";
-constexpr const char* kCopiedMessage = "copied \u2014 press Ctrl+V";
 
 // A number of seconds as a plain decimal: "0.2", "1.0", "0.123456789".
 std::string plainDecimal(double value) {
@@ -72,6 +71,7 @@ AppDelegate::AppDelegate(AppServices services)
       statusItem_(services_.statusItem),
       hud_(services_.hud),
       recorder_(services_.recorder),
+      selection_(services_.selection),
       recordingStarted_(queue_.now()) {}
 
 AppDelegate::~AppDelegate() {
@@ -139,11 +139,6 @@ void AppDelegate::startSlot(int slot) {
     activeMode_ = mode;
     translateCapture_ = false;
     beginRecording(hotkeyLabel(*mode), mode->name);
-}
-
-void AppDelegate::runScreenshotMode(const Mode&) {
-    // Screen voices read text off the screen; that tool does not exist here yet.
-    hud_->error("screen voices are not available yet");
 }
 
 void AppDelegate::startDictateTranslate() {
@@ -232,12 +227,8 @@ void AppDelegate::finishCapture() {
         }
         pills().processing();
         services_.chime->processingStarted();
-        const auto& store = runtime_->store();
-        const std::vector<ToneProfile> tones =
-            store ? store->toneProfiles() : std::vector<ToneProfile>{};
         // Read now, on the main thread: the application the user dictated into.
-        PolishContext context = services_.contextReader->snapshot(tones);
-        process(std::move(samples), mode, translate, std::move(context));
+        process(std::move(samples), mode, translate, readContext());
         return;
     }
     log("discarded: " + std::to_string(samples.size()) + " samples in " + plainDecimal(elapsed) +
@@ -311,16 +302,31 @@ void AppDelegate::process(AudioRecorder::Samples samples, std::optional<Mode> mo
     });
 }
 
-void AppDelegate::pasteFromPill(const std::string& text) {
+PolishContext AppDelegate::readContext() const {
+    const auto& store = runtime_->store();
+    return services_.contextReader->snapshot(store ? store->toneProfiles()
+                                                   : std::vector<ToneProfile>{});
+}
+
+void AppDelegate::pasteThen(const std::string& text, std::function<void(bool pasted)> pasted) {
     std::weak_ptr<AppDelegate> weak = weak_from_this();
-    const bool onItsWay = services_.inserter->insert(text, [weak](bool pasted) {
-        if (auto self = weak.lock(); self && !pasted) {
-            self->hud_->error(kCopiedMessage);
+    auto told = std::make_shared<std::function<void(bool)>>(std::move(pasted));
+    const bool onItsWay = services_.inserter->insert(text, [weak, told](bool went) {
+        if (auto self = weak.lock()) {
+            (*told)(went);
         }
     });
     if (!onItsWay) {
-        hud_->error(kCopiedMessage);
+        (*told)(false);
     }
+}
+
+void AppDelegate::pasteFromPill(const std::string& text) {
+    pasteThen(text, [this](bool pasted) {
+        if (!pasted) {
+            hud_->error(copiedMessage);
+        }
+    });
 }
 
 void AppDelegate::deliver(const Outcome& outcome) {
@@ -342,11 +348,11 @@ void AppDelegate::deliver(const Outcome& outcome) {
                 }
                 self->log("paste held back: a modifier key stayed down");
                 self->pills().error();
-                self->hud_->error(kCopiedMessage);
+                self->hud_->error(copiedMessage);
             });
         if (!onItsWay) {
             pills().error();
-            hud_->error(kCopiedMessage);
+            hud_->error(copiedMessage);
         }
         services_.chime->processingFinished();
         pills().reload();

@@ -15,17 +15,23 @@
 #include "base/work_pool.h"
 #include "capture/audio_recorder.h"
 #include "capture/chime.h"
+#include "capture/clipboard.h"
 #include "capture/context_reader.h"
 #include "capture/desktop_keyboard.h"
+#include "capture/focus_probe.h"
 #include "capture/hotkey_backend.h"
 #include "capture/microphone_access.h"
 #include "capture/secure_input.h"
 #include "capture/text_inserter.h"
+#include "clipboard/clipboard_stack.h"
 #include "core/weft_runtime.h"
 #include "notetaker/notetaker_controller.h"
 #include "pill/hud.h"
 #include "pill/pill.h"
 #include "polish/mode.h"
+#include "screen_text/focused_selection.h"
+#include "screen_text/screen_ocr.h"
+#include "screen_text/selection_capture_controller.h"
 #include "update/update_decision.h"
 #include "update/update_prompt.h"
 
@@ -43,6 +49,17 @@ struct AppServices {
     std::shared_ptr<Chime> chime;
     std::shared_ptr<SecureInput> secureInput;
     std::shared_ptr<MicrophoneAccess> microphone;
+    // The clipboard the translate and queue keys read.
+    std::shared_ptr<Clipboard> clipboard;
+    // Names the application a queued text was copied in.
+    std::shared_ptr<FocusProbe> focus;
+    // The screen-text tools: the selection tool, the screenshot voice's
+    // region reader and the reader of the focused application's selection.
+    // Any may be absent where the screen cannot be read; its keys then do
+    // nothing.
+    std::shared_ptr<SelectionCaptureController> selection;
+    std::shared_ptr<ScreenOCR> screenReader;
+    std::shared_ptr<FocusedSelection> focusedSelection;
     // The tray icon; none where the desktop has no tray.
     std::shared_ptr<StatusItem> statusItem;
     // Runs the pipeline's blocking work; dictations may overlap.
@@ -99,6 +116,8 @@ public:
     // Ticks of 2 s while waiting for input control to appear.
     static constexpr double accessibilityPollSeconds = 2.0;
     static constexpr int accessibilityPollTicks = 30;
+    // What the HUD says when text could not be pasted and waits on the clipboard.
+    static constexpr const char* copiedMessage = "copied \u2014 press Ctrl+V";
 
     static std::shared_ptr<AppDelegate> create(AppServices services);
     ~AppDelegate();
@@ -135,13 +154,16 @@ public:
     // Whether slot holds an enabled voice.
     bool hasVoice(int slot) const;
 
-    // The side actions, as their keys call them.
+    // The side actions, as their keys call them. The two translations are
+    // refused while a capture runs; the queue's keys need no such guard (the
+    // talk key's chords end a capture instead, and the Alt scheme has none).
     void selectTool();
     void translateSelection();
     void translateClipboardAction();
     void clipStackAdd();
     void clipPaste();
     void clipMode();
+    const ClipboardStack& clipQueue() const { return clipQueue_; }
 
     // The main window, in front (a second launch of the program asks for
     // it); false, and a line in the log, while there is none.
@@ -169,7 +191,21 @@ private:
     void process(AudioRecorder::Samples samples, std::optional<Mode> mode, bool translate,
                  PolishContext context);
     void deliver(const Outcome& outcome);
+    // The side actions' halves that run after a read or on the pipeline.
+    void runTranslate(const std::string& text, const std::string& label);
     void runScreenshotMode(const Mode& mode);
+    void runModeOnScreenText(const Mode& mode, const std::string& text, PolishContext context);
+    // Puts a side action's text at the cursor; pasted tells whether it went out.
+    void pasteThen(const std::string& text, std::function<void(bool pasted)> pasted);
+    // The selection tool's text, repaired by the first enabled screenshot
+    // voice when there is one, into the history.
+    void wireSelection();
+    void handOffSelection(const std::string& raw);
+    void recordSelection(const std::string& raw, const std::string& polished, int64_t polishMs);
+    // What the user presses for a talk-key chord in the running scheme:
+    // "Control_R+7", or its Alt key, "Alt+8".
+    std::string chordName(int digit) const;
+    PolishContext readContext() const;
     void checkMicrophone();
     // The notetaker's start-up step, and what its changes mean for the chime and the tray.
     void startNotetaker();
@@ -203,6 +239,8 @@ private:
     std::unique_ptr<WeftRuntime> runtime_;
     std::shared_ptr<NotetakerController> notetaker_;
     std::shared_ptr<Pill> pill_;
+    std::shared_ptr<SelectionCaptureController> selection_;
+    ClipboardStack clipQueue_{PasteMode::all};
     std::shared_ptr<HotkeyBackend> hotkey_;
     std::optional<std::string> hotkeyName_;
     std::vector<std::string> hotkeyNotices_;

@@ -1,6 +1,5 @@
 // What the orchestrator offers besides the capture itself: its state for
-// those who watch it, the side actions as their keys call them, and the main
-// window.
+// those who watch it, and the main window.
 #include "app/app_delegate.h"
 #include "store/history_store.h"
 
@@ -28,15 +27,6 @@ bool AppDelegate::hasVoice(int slot) const {
     const auto& store = runtime_ ? runtime_->store() : nullptr;
     return store && store->mode(slot).has_value();
 }
-
-// The select tool, translation of text and the clipboard queue are not part
-// of this program yet: their keys do nothing.
-void AppDelegate::selectTool() {}
-void AppDelegate::translateSelection() {}
-void AppDelegate::translateClipboardAction() {}
-void AppDelegate::clipStackAdd() {}
-void AppDelegate::clipPaste() {}
-void AppDelegate::clipMode() {}
 
 bool AppDelegate::showSettingsWindow() {
     if (!services_.showMainWindow) {

@@ -107,6 +107,7 @@ void AppDelegate::startHotkeys() {
         axWatch_->cancel();
         axWatch_.reset();
     }
+    wireSelection();
 
     std::vector<Mode> modes;
     if (const auto& store = runtime_->store()) {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "app/dbus/tevra_bus_service.h"
+#include "app/qt/screen_text_tools.h"
 #include "app/qt/settings_file_watcher.h"
 #include "app/qt/tray_status_item.h"
 #include "app/remote_control.h"
@@ -82,6 +83,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
     services.recorder = std::make_shared<MicrophoneRecorder>(queue_, PulseAudioInput::factory());
     std::shared_ptr<Clipboard> clipboard;
     std::shared_ptr<KeyInjector> keys;
+    std::shared_ptr<FocusProbe> focusProbe;
     if (onWayland) {
         auto toplevels = ToplevelTracker::create(wayland_);
         if (session_.clipboard == DesktopSession::Clipboard::dataControl) {
@@ -95,13 +97,11 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
             portal->start();
             keys = portal;
         }
-        services.contextReader =
-            std::make_shared<ContextReader>(std::make_shared<WaylandFocusProbe>(toplevels, focus));
+        focusProbe = std::make_shared<WaylandFocusProbe>(toplevels, focus);
         services.makeSessionHotkeys = [] { return std::make_shared<SessionBusHotkeys>(); };
     } else {
         keys = std::make_shared<X11KeyInjector>(x_, syntheticKeys_);
-        services.contextReader =
-            std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
+        focusProbe = std::make_shared<X11FocusProbe>(x_, focus);
     }
     if (!clipboard) {
         clipboard = std::make_shared<QtClipboard>(x_ ? std::make_shared<X11ClipboardReader>(queue_)
@@ -111,6 +111,18 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
         keys = std::make_shared<NoKeyInjector>();
     }
     services.inserter = std::make_shared<TextInserter>(queue_, clipboard, keys, secure);
+    services.contextReader = std::make_shared<ContextReader>(focusProbe);
+    services.clipboard = clipboard;
+    services.focus = focusProbe;
+    // The screen is read through X11; on Wayland only XWayland's windows
+    // would be seen, so the screen-text tools wait for the Screenshot portal.
+    if (!onWayland) {
+        ScreenTextTools screenText =
+            ScreenTextTools::make(queue_, work_, x_, clipboard, keys, secure, focusProbe, writeLog);
+        services.selection = std::move(screenText.selection);
+        services.screenReader = std::move(screenText.screenReader);
+        services.focusedSelection = std::move(screenText.focusedSelection);
+    }
     chime_ = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
     services.chime = chime_;
     services.secureInput = secure;

@@ -12,14 +12,14 @@ namespace tevra {
 
 // One clipboard item: every format it offers, as (MIME type, bytes), in the
 // order the owner listed them.
-struct ClipboardItem {
+struct ClipboardData {
     std::vector<std::pair<std::string, std::string>> formats;
 
-    bool operator==(const ClipboardItem&) const = default;
+    bool operator==(const ClipboardData&) const = default;
 };
 
 // Everything the clipboard held at one moment; empty when it held nothing.
-using ClipboardSnapshot = std::vector<ClipboardItem>;
+using ClipboardSnapshot = std::vector<ClipboardData>;
 
 // The system clipboard, as the inserter and the clipboard tools see it.
 class Clipboard {
@@ -48,6 +48,9 @@ public:
     // The plain text on the clipboard, if it has any, with line feeds for
     // line ends.
     virtual std::optional<std::string> text() = 0;
+    // The same, without holding up the caller on the clipboard's owner: done
+    // gets it on the main queue.
+    virtual void textLater(std::function<void(std::optional<std::string>)> done) { done(text()); }
     // Grows by at least one whenever the clipboard's contents change, by this
     // program or another.
     virtual std::int64_t changeCount() = 0;

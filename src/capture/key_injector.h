@@ -28,9 +28,10 @@ public:
     // Whether that chord pastes the primary selection rather than the
     // clipboard, as Shift+Insert does in xterm.
     virtual bool pasteReadsPrimary() = 0;
-    // Whether the user holds a modifier key that would turn the paste chord
-    // into another chord (an Alt still down from Alt+digit makes Ctrl+V
-    // Ctrl+Alt+V, which pastes nowhere).
+    // Whether the user holds a key that would turn the paste chord into
+    // another chord (an Alt still down from Alt+digit makes Ctrl+V
+    // Ctrl+Alt+V, which pastes nowhere) or keep it from the application (a
+    // hotkey's own key, whose grab takes every key event until it is let go).
     virtual bool modifiersHeld() = 0;
     // The events of the copy chord for the focused application, or nullopt
     // when they cannot be made.

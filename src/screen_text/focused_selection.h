@@ -15,8 +15,10 @@ namespace tevra {
 // Reads the text selected in whichever application has the focus, the way a
 // user would: the copy chord to that application, a short wait for the
 // clipboard to change, the text taken, and the clipboard put back as it was.
+// A key the user still holds from the hotkey is waited for first, as the
+// paste waits for it.
 //
-// The wait runs on main-queue timers rather than blocking, so that the event
+// The waits run on main-queue timers rather than blocking, so that the event
 // loop can hear of the clipboard's new owner. Main thread only.
 class FocusedSelection {
 public:
@@ -31,7 +33,7 @@ public:
     // Returns at once; completion runs later on the main queue with the
     // selected text untrimmed, or nullopt when nothing (or only white space)
     // was selected, the copy brought no plain text, or keys cannot be sent
-    // (then the clipboard is not touched at all).
+    // or a held key stayed down (then the clipboard is not touched at all).
     void read(Completion completion);
 
 private:

@@ -27,11 +27,11 @@ struct InserterRig {
     }
 };
 
-const ClipboardItem kImageAndText{{{"text/plain", "earlier"}, {"image/png", "\x89PNG..."}}};
+const ClipboardData kImageAndText{{{"text/plain", "earlier"}, {"image/png", "\x89PNG..."}}};
 
 TEST(TextInserter, PastesAfterThirtyMillisecondsAndRestoresEverythingAfterAnotherOnePointTwo) {
     InserterRig rig;
-    const ClipboardItem files{{{"text/uri-list", "file:///tmp/a.pdf"}, {"x-special/x", "copy"}}};
+    const ClipboardData files{{{"text/uri-list", "file:///tmp/a.pdf"}, {"x-special/x", "copy"}}};
     rig.clipboard->items = {kImageAndText, files};
 
     EXPECT_TRUE(rig.inserter->insert("Dictated text."));

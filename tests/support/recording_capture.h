@@ -46,8 +46,8 @@ public:
     ClipboardSnapshot snapshot() override {
         journal_->add("snapshot");
         ClipboardSnapshot out;
-        for (const ClipboardItem& item : items) {
-            ClipboardItem copy;
+        for (const ClipboardData& item : items) {
+            ClipboardData copy;
             for (const auto& format : item.formats) {
                 if (!unreadable.contains(format.first)) {
                     copy.formats.push_back(format);
@@ -59,7 +59,7 @@ public:
     }
     void setText(std::string_view text, bool transient) override {
         journal_->add("setText " + std::string(text));
-        items = {ClipboardItem{{{"text/plain;charset=utf-8", std::string(text)}}}};
+        items = {ClipboardData{{{"text/plain;charset=utf-8", std::string(text)}}}};
         lastSetWasTransient = transient;
         ++changes_;
     }
@@ -72,7 +72,7 @@ public:
         ++changes_;
     }
     std::optional<std::string> text() override {
-        for (const ClipboardItem& item : items) {
+        for (const ClipboardData& item : items) {
             for (const auto& [type, data] : item.formats) {
                 if (type.starts_with("text/plain")) {
                     return data;

@@ -22,7 +22,7 @@ using testing::waitUntil;
 
 // What another application left on the clipboard: several formats, one of
 // them binary.
-const ClipboardItem kBefore{{{"text/html", "<b>kept</b> across the dictation"},
+const ClipboardData kBefore{{{"text/html", "<b>kept</b> across the dictation"},
                              {"text/plain", "kept across the dictation"},
                              {"image/png", std::string("\x89PNG\r\n\x1a\n\0\0 binary", 18)}}};
 

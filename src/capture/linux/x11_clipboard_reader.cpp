@@ -221,7 +221,7 @@ ClipboardSnapshot X11ClipboardReader::readNow() {
     std::stable_sort(targets.begin(), targets.end(), [](const Target& a, const Target& b) {
         return textRank(a.name) < textRank(b.name);
     });
-    ClipboardItem item;
+    ClipboardData item;
     std::set<std::string> kept;
     for (const Target& target : targets) {
         const std::string format = formatName(target.name);

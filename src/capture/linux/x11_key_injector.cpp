@@ -5,15 +5,18 @@
 #include <X11/keysym.h>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 #include <vector>
 
 namespace tevra {
 namespace {
 
-// Whether a modifier other than the chord's own and the locks is down on the
-// core keyboard now.
-bool otherModifierDown(Display* display, unsigned chordMask) {
+// Whether a key is down on the core keyboard now that would spoil the chord:
+// a modifier other than the chord's own and the locks, or a key that is no
+// modifier at all (a hotkey's own key, whose grab takes the chord's events
+// until it is let go).
+bool keyInTheWay(Display* display, unsigned chordMask) {
     char keys[32] = {};
     XQueryKeymap(display, keys);
     XModifierKeymap* map = XGetModifierMapping(display);
@@ -21,21 +24,25 @@ bool otherModifierDown(Display* display, unsigned chordMask) {
         return false;
     }
     const KeyCode numLock = XKeysymToKeycode(display, XK_Num_Lock);
-    bool held = false;
-    for (int index = 0; index < 8 && !held; ++index) {
-        if (index == LockMapIndex || (chordMask & (1u << index)) != 0) {
-            continue;
-        }
+    std::array<bool, 256> allowed{};  // modifiers that leave the chord as it is
+    std::array<bool, 256> modifier{};
+    for (int index = 0; index < 8; ++index) {
+        const bool harmless = index == LockMapIndex || (chordMask & (1u << index)) != 0;
         for (int slot = 0; slot < map->max_keypermod; ++slot) {
             const KeyCode code = map->modifiermap[index * map->max_keypermod + slot];
-            if (code != 0 && code != numLock && (keys[code / 8] & (1 << (code % 8))) != 0) {
-                held = true;
-                break;
+            if (code != 0) {
+                modifier[code] = true;
+                allowed[code] = allowed[code] || harmless || code == numLock;
             }
         }
     }
     XFreeModifiermap(map);
-    return held;
+    for (int code = 8; code < 256; ++code) {
+        if ((keys[code / 8] & (1 << (code % 8))) != 0 && (!modifier[code] || !allowed[code])) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -80,11 +87,11 @@ bool X11KeyInjector::modifiersHeld() {
     }
     switch (activeChord()) {
         case PasteChord::ctrlV:
-            return otherModifierDown(x_->display(), ControlMask);
+            return keyInTheWay(x_->display(), ControlMask);
         case PasteChord::ctrlShiftV:
-            return otherModifierDown(x_->display(), ControlMask | ShiftMask);
+            return keyInTheWay(x_->display(), ControlMask | ShiftMask);
         case PasteChord::shiftInsertPrimary:
-            return otherModifierDown(x_->display(), ShiftMask);
+            return keyInTheWay(x_->display(), ShiftMask);
     }
     return false;
 }

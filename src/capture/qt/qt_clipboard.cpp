@@ -19,6 +19,12 @@ bool isDerivedFormat(const QString& format) {
     return derived.contains(format);
 }
 
+// GTK serves text/plain with the line ends of that MIME type, CR LF; the text
+// the user selected had plain line feeds.
+std::string plainLineEnds(QString text) {
+    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).toStdString();
+}
+
 }  // namespace
 
 QtClipboard::QtClipboard(std::shared_ptr<ClipboardReader> reader)
@@ -40,7 +46,7 @@ ClipboardSnapshot QtClipboard::snapshot() {
     if (!data) {
         return {};
     }
-    ClipboardItem item;
+    ClipboardData item;
     for (const QString& format : data->formats()) {
         if (isDerivedFormat(format)) {
             continue;
@@ -113,7 +119,7 @@ void QtClipboard::restore(const ClipboardSnapshot& snapshot) {
         return;
     }
     auto* data = new QMimeData;
-    for (const ClipboardItem& item : snapshot) {
+    for (const ClipboardData& item : snapshot) {
         for (const auto& [type, bytes] : item.formats) {
             const QString format = QString::fromStdString(type);
             if (!data->hasFormat(format)) {
@@ -129,9 +135,25 @@ std::optional<std::string> QtClipboard::text() {
     if (!data || !data->hasText()) {
         return std::nullopt;
     }
-    // GTK serves text/plain with the line ends of that MIME type, CR LF; the
-    // text the user selected had plain line feeds.
-    return data->text().replace(QStringLiteral("\r\n"), QStringLiteral("\n")).toStdString();
+    return plainLineEnds(data->text());
+}
+
+void QtClipboard::textLater(std::function<void(std::optional<std::string>)> done) {
+    if (!reader_) {
+        done(text());
+        return;
+    }
+    snapshotLater([done = std::move(done)](const ClipboardSnapshot& snapshot) {
+        for (const ClipboardData& item : snapshot) {
+            for (const auto& [format, bytes] : item.formats) {
+                if (format == "text/plain") {
+                    done(plainLineEnds(QString::fromStdString(bytes)));
+                    return;
+                }
+            }
+        }
+        done(std::nullopt);
+    });
 }
 
 std::int64_t QtClipboard::changeCount() {

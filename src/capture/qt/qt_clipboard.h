@@ -36,6 +36,7 @@ public:
     void setPrimaryText(std::string_view text) override;
     void restore(const ClipboardSnapshot& snapshot) override;
     std::optional<std::string> text() override;
+    void textLater(std::function<void(std::optional<std::string>)> done) override;
     std::int64_t changeCount() override;
 
 private:

@@ -82,7 +82,7 @@ struct DataControlClipboard::State {
     std::map<wl_proxy*, std::vector<std::string>> offers;
     wl_proxy* selection = nullptr;
     // Each source Tevra set, with what it serves.
-    std::map<wl_proxy*, std::shared_ptr<const ClipboardItem>> sources;
+    std::map<wl_proxy*, std::shared_ptr<const ClipboardData>> sources;
 
     std::mutex mutex;
     std::vector<std::string> selectionTypes;
@@ -265,7 +265,7 @@ ClipboardSnapshot DataControlClipboard::snapshot() {
         types = state_->selectionTypes;
         generation = state_->generation;
     }
-    ClipboardItem item;
+    ClipboardData item;
     for (const std::string& type : types) {
         if (auto bytes = receive(type, generation)) {
             item.formats.emplace_back(type, std::move(*bytes));
@@ -314,8 +314,8 @@ void DataControlClipboard::snapshotLater(std::function<void(ClipboardSnapshot)> 
     }
 }
 
-void DataControlClipboard::setSelection(ClipboardItem item, bool primary) {
-    auto served = std::make_shared<const ClipboardItem>(std::move(item));
+void DataControlClipboard::setSelection(ClipboardData item, bool primary) {
+    auto served = std::make_shared<const ClipboardData>(std::move(item));
     wayland_->post([state = state_, served, primary] {
         if (state->device == nullptr) {
             return;
@@ -341,7 +341,7 @@ void DataControlClipboard::setSelection(ClipboardItem item, bool primary) {
 }
 
 void DataControlClipboard::setText(std::string_view text, bool transient) {
-    ClipboardItem item;
+    ClipboardData item;
     for (const char* type : kTextTypes) {
         item.formats.emplace_back(type, std::string(text));
     }
@@ -353,7 +353,7 @@ void DataControlClipboard::setText(std::string_view text, bool transient) {
 }
 
 void DataControlClipboard::setPrimaryText(std::string_view text) {
-    ClipboardItem item;
+    ClipboardData item;
     for (const char* type : kTextTypes) {
         item.formats.emplace_back(type, std::string(text));
     }
@@ -361,7 +361,7 @@ void DataControlClipboard::setPrimaryText(std::string_view text) {
 }
 
 void DataControlClipboard::restore(const ClipboardSnapshot& snapshot) {
-    setSelection(snapshot.empty() ? ClipboardItem{} : snapshot.front(), false);
+    setSelection(snapshot.empty() ? ClipboardData{} : snapshot.front(), false);
 }
 
 std::optional<std::string> DataControlClipboard::text() {
@@ -391,6 +391,17 @@ std::optional<std::string> DataControlClipboard::text() {
         }
     }
     return std::nullopt;
+}
+
+void DataControlClipboard::textLater(std::function<void(std::optional<std::string>)> done) {
+    std::weak_ptr<DataControlClipboard> weak = weak_from_this();
+    reader_.async([weak, done = std::move(done), &queue = queue_]() mutable {
+        std::optional<std::string> text;
+        if (auto self = weak.lock()) {
+            text = self->text();
+        }
+        queue.post([done = std::move(done), text = std::move(text)] { done(text); });
+    });
 }
 
 std::int64_t DataControlClipboard::changeCount() {

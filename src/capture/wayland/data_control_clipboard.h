@@ -35,6 +35,7 @@ public:
     void setPrimaryText(std::string_view text) override;
     void restore(const ClipboardSnapshot& snapshot) override;
     std::optional<std::string> text() override;
+    void textLater(std::function<void(std::optional<std::string>)> done) override;
     std::int64_t changeCount() override;
 
     // Seconds a selection's owner has to hand over one type's data.
@@ -47,7 +48,7 @@ private:
     // The bytes of one type of the current selection, nullopt when the owner
     // gave nothing in time or the selection changed meanwhile.
     std::optional<std::string> receive(const std::string& type, std::uint64_t generation);
-    void setSelection(ClipboardItem item, bool primary);
+    void setSelection(ClipboardData item, bool primary);
     struct Read;
     std::shared_ptr<Read> startRead();
 
