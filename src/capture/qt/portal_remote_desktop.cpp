@@ -5,6 +5,7 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
+#include <QTimer>
 #include <fstream>
 
 #include "base/atomic_file.h"
@@ -123,15 +124,33 @@ void PortalRemoteDesktop::post(const KeySequence& events) {
     if (!isAvailable()) {
         return;
     }
-    // Sent in order on one connection, so they arrive in order.
-    for (const KeyStroke& stroke : events) {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            PortalRequest::service, PortalRequest::path, interface, "NotifyKeyboardKeycode");
-        message.setArguments({QVariant::fromValue(QDBusObjectPath(session_)), QVariantMap(),
-                              static_cast<int>(stroke.keycode - kXOffset),
-                              static_cast<uint>(stroke.down ? 1 : 0)});
-        bus_.asyncCall(message);
+    const bool idle = pending_.empty();
+    pending_.insert(pending_.end(), events.begin(), events.end());
+    if (idle) {
+        sendNext();
     }
+}
+
+void PortalRemoteDesktop::sendNext() {
+    if (pending_.empty()) {
+        return;
+    }
+    const KeyStroke stroke = pending_.front();
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        PortalRequest::service, PortalRequest::path, interface, "NotifyKeyboardKeycode");
+    message.setArguments({QVariant::fromValue(QDBusObjectPath(session_)), QVariantMap(),
+                          static_cast<int>(stroke.keycode - kXOffset),
+                          static_cast<uint>(stroke.down ? 1 : 0)});
+    // One key at a time, each once the portal has taken the one before and
+    // the compositor has had a moment for it: a Ctrl sent on the heels of
+    // the V may not yet hold when the V arrives, which then types a "v".
+    auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher* finished) {
+                finished->deleteLater();
+                pending_.pop_front();
+                QTimer::singleShot(keyGapMs, this, [this] { sendNext(); });
+            });
 }
 
 }  // namespace tevra

@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QObject>
 #include <QString>
+#include <deque>
 #include <filesystem>
 #include <memory>
 
@@ -35,17 +36,21 @@ public:
     void post(const KeySequence& events) override;
 
     static constexpr const char* interface = "org.freedesktop.portal.RemoteDesktop";
+    // The pause between two keys of a chord.
+    static constexpr int keyGapMs = 10;
 
 private:
     void createSession();
     void selectDevices(const QString& session);
     void startSession(const QString& session);
+    void sendNext();
 
     QDBusConnection bus_;
     std::filesystem::path tokenFile_;
     LogLine log_;
     uint version_ = 1;
-    QString session_;  // set once the portal has started it
+    QString session_;                // set once the portal has started it
+    std::deque<KeyStroke> pending_;  // the first is on its way
 };
 
 }  // namespace tevra
