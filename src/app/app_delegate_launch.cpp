@@ -14,6 +14,7 @@ void AppDelegate::applicationDidFinishLaunching() {
         log(*notice);
     }
     startNotetaker();
+    startUIState();
     services_.chime->setEnabled(runtime_->settings().soundCues);
     collectCrashReports();
 
@@ -27,6 +28,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     }
     checkMicrophone();
     startPill();
+    startOnboarding();
     // Where input control is missing there is no system prompt to bring up:
     // the Alt scheme stands in and the watcher below notices when it appears.
     startHotkeys();
@@ -70,6 +72,28 @@ void AppDelegate::startPill() {
     });
     if (pill_) {
         pill_->show();
+    }
+}
+
+void AppDelegate::startUIState() {
+    UIServices ui = services_.ui;
+    ui.queue = &queue_;
+    ui.notifications = services_.notifications;
+    ui.work = services_.work;
+    ui.microphone = services_.microphone;
+    ui.setChimeEnabled = [chime = services_.chime](bool on) { chime->setEnabled(on); };
+    uiState_ = std::make_shared<UIState>(*runtime_, notetaker_, std::move(ui));
+}
+
+void AppDelegate::startOnboarding() {
+    if (!runtime_->settings().onboarded) {
+        if (services_.makeWizardWindow) {
+            wizard_ = OnboardingWizardController::create(queue_, services_.makeWizardWindow);
+            wizard_->show(uiState_);
+        }
+    } else if (services_.makeMicrophoneWindow) {
+        onboarding_ = OnboardingController::create(*uiState_, services_.makeMicrophoneWindow);
+        onboarding_->showIfNeeded();
     }
 }
 

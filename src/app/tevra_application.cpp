@@ -7,8 +7,8 @@
 
 #include "app/dbus/tevra_bus_service.h"
 #include "app/qt/settings_file_watcher.h"
-#include "app/remote_control.h"
 #include "app/qt/tray_status_item.h"
+#include "app/remote_control.h"
 #include "base/log.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
@@ -29,6 +29,9 @@
 #include "pill/pill_manager.h"
 #include "pill/qt/hud_controller.h"
 #include "pill/qt/qt_pill_desktop.h"
+#include "ui/qt/main_window.h"
+#include "ui/qt/theme.h"
+#include "ui/qt/wizard_windows.h"
 #include "update/qt/qt_update_prompt.h"
 #include "update/update_checker.h"
 // Xlib last: its macros (None, Status) clash with Qt's names.
@@ -59,7 +62,13 @@ void writeLog(const std::string& line) {
 
 TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     : x_(std::move(x)),
-      tray_(std::make_shared<TrayStatusItem>([] { QCoreApplication::quit(); })),
+      tray_(std::make_shared<TrayStatusItem>(
+          [this] {
+              if (delegate_) {
+                  delegate_->showSettingsWindow();
+              }
+          },
+          [] { QCoreApplication::quit(); })),
       work_(std::make_shared<WorkPool>(kPipelineThreads)) {
     auto focus = std::make_shared<AtspiFocus>();
     auto keys = std::make_shared<X11KeyInjector>(x_, syntheticKeys_);
@@ -95,6 +104,18 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
     services.log = writeLog;
+    services.showMainWindow = [this] { showMainWindow(); };
+    services.ui.applyAppearance = [](const std::string& appearance) {
+        Theme::applyAppearance(appearance);
+    };
+    services.ui.quit = [] { QCoreApplication::quit(); };
+    services.makeWizardWindow = [](OnboardingWizard& wizard, std::function<void()> onClose) {
+        return std::make_unique<WizardWindow>(wizard, std::move(onClose));
+    };
+    services.makeMicrophoneWindow = [](OnboardingController& controller,
+                                       std::function<void()> onClose) {
+        return std::make_unique<MicrophoneWindow>(controller, std::move(onClose));
+    };
     if (Deployment::updateCheckEnabled) {
         services.checkForUpdate = [](const std::string& feed, const std::string& version) {
             return UpdateChecker::check(feed, version);
@@ -109,6 +130,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
 }
 
 TevraApplication::~TevraApplication() {
+    window_.reset();
     bus_.reset();
     settingsWatcher_.reset();
     delegate_.reset();
@@ -120,6 +142,7 @@ TevraApplication::~TevraApplication() {
 }
 
 void TevraApplication::launch() {
+    Theme::applyAppearance(WeftSettings::load(WeftSettings::defaultDir()).appearance);
     delegate_->applicationDidFinishLaunching();
     const WeftRuntime& runtime = *delegate_->runtime();
     Log::write("keys: " + runtime.keyStatusDescription() +
@@ -174,6 +197,18 @@ void TevraApplication::settingsFileChanged() {
     chime_->setEnabled(runtime->settings().soundCues);
     Log::write("settings changed");
     notifications_.post(weftSettingsChanged);
+}
+
+void TevraApplication::showMainWindow() {
+    const auto& state = delegate_->uiState();
+    if (!state) {
+        return;
+    }
+    if (!window_) {
+        window_ = std::make_unique<MainWindow>(
+            *state, [this, state] { showProfileEditor(window_.get(), *state); });
+    }
+    window_->present();
 }
 
 std::shared_ptr<NotetakerController> TevraApplication::makeNotetaker(WeftRuntime& runtime) {

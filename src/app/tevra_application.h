@@ -17,6 +17,7 @@ class RemoteControl;
 class TevraBusService;
 class SettingsFileWatcher;
 class TrayStatusItem;
+class MainWindow;
 
 // The composition root of the desktop program: every platform service made
 // once, on the X display and the sound server of the session, and handed to
@@ -44,6 +45,8 @@ private:
     std::unique_ptr<DesktopKeyboard> makeKeyboard();
     bool inputControlAvailable();
     std::string talkKey() const;
+    // Makes the main window the first time, then brings it to the front.
+    void showMainWindow();
 
     QtMainQueue queue_;
     NotificationCenter notifications_{queue_};
@@ -57,6 +60,7 @@ private:
     std::unique_ptr<SettingsFileWatcher> settingsWatcher_;
     std::shared_ptr<RemoteControl> control_;
     std::unique_ptr<TevraBusService> bus_;
+    std::unique_ptr<MainWindow> window_;
 };
 
 }  // namespace tevra
