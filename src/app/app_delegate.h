@@ -199,6 +199,8 @@ private:
     std::shared_ptr<HotkeyBackend> makeOptionMonitor(int slotCount);
     void log(const std::string& line) const;
     void captureStateMayHaveChanged();
+    // One line in the log as each step of the start comes.
+    void startupStep(const char* name);
 
     AppServices services_;
     MainQueue& queue_;

@@ -8,16 +8,28 @@
 
 namespace tevra {
 
+// Every service hangs on the running program in this order, each step named
+// in the log as it comes.
 void AppDelegate::applicationDidFinishLaunching() {
     runtime_ = services_.makeRuntime();
+    startupStep("runtime");
     if (const auto& notice = runtime_->storeNotice()) {
         log(*notice);
     }
+    startupStep("notetaker");
     startNotetaker();
+    startupStep("UI state");
     startUIState();
     services_.chime->setEnabled(runtime_->settings().soundCues);
+    startupStep("crash reports");
     collectCrashReports();
+    // The tray icon is made with the program's shell; here it shows.
+    startupStep("status item");
+    if (statusItem_) {
+        statusItem_->show();
+    }
 
+    startupStep("settings observer");
     std::weak_ptr<AppDelegate> weak = weak_from_this();
     if (services_.notifications) {
         settingsObserver_ = services_.notifications->observe(weftSettingsChanged, [weak] {
@@ -26,13 +38,24 @@ void AppDelegate::applicationDidFinishLaunching() {
             }
         });
     }
+    startupStep("microphone");
     checkMicrophone();
-    startPill();
-    startOnboarding();
     // Where input control is missing there is no system prompt to bring up:
-    // the Alt scheme stands in and the watcher below notices when it appears.
+    // the Alt scheme stands in and the watcher of startHotkeys notices when it
+    // appears.
+    startupStep("pill");
+    startPill();
+    // The wizard, or the microphone window, over the hotkeys that work already.
+    startupStep("onboarding");
+    startOnboarding();
+    startupStep("hotkeys");
     startHotkeys();
+    startupStep("update check");
     checkForUpdate();
+}
+
+void AppDelegate::startupStep(const char* name) {
+    log(std::string("start-up: ") + name);
 }
 
 void AppDelegate::checkMicrophone() {

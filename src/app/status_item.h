@@ -11,6 +11,8 @@ class StatusItem {
 public:
     virtual ~StatusItem() = default;
     virtual void setToolTip(const std::string& text) = 0;
+    // Puts the control where the user sees it; it stays from then on.
+    virtual void show() {}
     // The notetaker's entry of the menu: its label ("Start notes", "Stop
     // notes"), whether it can be picked now, and what picking it does.
     virtual void setNotesEntry(const std::string& label, bool enabled,

@@ -94,6 +94,7 @@ protected:
     bool keyboardsOpen = true;
     std::vector<RecordingDesktopKeyboard*> keyboards;  // the newest belongs to the running backend
     std::vector<std::string> logs;
+    std::vector<std::string> steps;  // of the start, in the order they came
     std::shared_ptr<AppDelegate> app;
     // The housekeeping of a start; absent unless a test sets them.
     std::function<UpdateDecision(const std::string&, const std::string&)> checkForUpdate;
@@ -156,7 +157,13 @@ protected:
             pill->onPaste = std::move(paste);
             return pill;
         };
-        services.log = [this](const std::string& line) { logs.push_back(line); };
+        services.log = [this](const std::string& line) {
+            if (line.starts_with("start-up: ")) {
+                steps.push_back(line.substr(10));  // kept apart: they say only the order
+            } else {
+                logs.push_back(line);
+            }
+        };
         services.checkForUpdate = checkForUpdate;
         services.updatePrompt = updatePrompt;
         services.flushCrashReports = flushCrashReports;
@@ -205,6 +212,14 @@ protected:
         keyboards.back()->deliver(KeyEvent{kind, keysym, false});
     }
 };
+
+TEST_F(AppDelegateTest, StartUpBringsItsServicesUpInOrder) {
+    launch();
+    EXPECT_THAT(steps, ElementsAre("runtime", "notetaker", "UI state", "crash reports",
+                                   "status item", "settings observer", "microphone", "pill",
+                                   "onboarding", "hotkeys", "update check"));
+    EXPECT_TRUE(statusItem->shown);
+}
 
 TEST_F(AppDelegateTest, ADictationGoesFromTheVoiceToTheCursorAndTheHistory) {
     focus->front = FrontApplication{"Gedit", "gedit", 42, 7};

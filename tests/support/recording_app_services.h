@@ -61,7 +61,10 @@ public:
     std::string notesEntry;
     std::function<void()> notesAction;
 
+    bool shown = false;
+
     void setToolTip(const std::string& text) override { toolTips.push_back(text); }
+    void show() override { shown = true; }
     void setNotesEntry(const std::string& label, bool enabled,
                        std::function<void()> action) override {
         notesEntry = label + (enabled ? "" : " (disabled)");

@@ -182,6 +182,8 @@ TEST_F(DictationSystemTest, HoldingTheTalkKeyPutsThePolishedTextIntoAnotherAppli
     peer.activate();
     startTevra();
     EXPECT_THAT(log(), HasSubstr("scheme=fn, fn-tap, autopaste=true"));
+    EXPECT_THAT(log(), ::testing::ContainsRegex("start-up: runtime\n.*start-up: notetaker\n.*"
+                                                "start-up: pill\n.*start-up: hotkeys\n"));
     std::string greeting;
     EXPECT_TRUE(waitUntil(
         [&] {

@@ -33,6 +33,9 @@ TrayStatusItem::TrayStatusItem(std::function<void()> onOpen, std::function<void(
                 activate();
             }
         });
+}
+
+void TrayStatusItem::show() {
     icon_.show();
 }
 

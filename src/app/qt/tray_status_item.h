@@ -17,6 +17,7 @@ public:
     TrayStatusItem(std::function<void()> onOpen, std::function<void()> onQuit);
 
     void setToolTip(const std::string& text) override;
+    void show() override;
     void setNotesEntry(const std::string& label, bool enabled,
                        std::function<void()> action) override;
     QString toolTip() const { return icon_.toolTip(); }

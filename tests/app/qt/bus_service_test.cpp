@@ -146,6 +146,7 @@ TEST_F(BusServiceTest, EachRequestDoesWhatItsKeyDoesOrSaysWhyNot) {
     const CtlRun again = tevractl({"record", "toggle"});
     EXPECT_EQ(again.exitCode, 0) << "a toggle during a capture finishes it";
     ASSERT_TRUE(waitUntil([&] { return keys->posted.size() == 1; }, 10));
+    waitUntil([&] { return states.size() >= 3; }, 5);
     EXPECT_THAT(states, ::testing::ElementsAre("recording", "processing", "idle"));
 
     ASSERT_EQ(tevractl({"record", "toggle"}).exitCode, 0);
