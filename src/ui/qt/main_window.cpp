@@ -104,6 +104,13 @@ MainWindow::MainWindow(UIState& state, std::function<void()> editProfile) : stat
 
     QObject::connect(sidebar_, &QListWidget::currentRowChanged, this,
                      [this](int row) { sectionChanged(row); });
+    // A screen reader selects an item without making it current.
+    QObject::connect(sidebar_, &QListWidget::itemSelectionChanged, this, [this] {
+        const auto selected = sidebar_->selectedItems();
+        if (!selected.isEmpty() && selected.front() != sidebar_->currentItem()) {
+            sidebar_->setCurrentItem(selected.front());
+        }
+    });
     sidebar_->setCurrentRow(static_cast<int>(TevraSections::first));
     token_ = state_.observe([this] { refresh(); });
     if (state_.notetaker) {

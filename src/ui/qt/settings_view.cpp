@@ -83,7 +83,7 @@ SettingsView::SettingsView(UIState& state, std::function<void()> editProfile)
         form->addRow(note(S::commandNote));
         QObject::connect(dictate_, &QComboBox::currentIndexChanged, this,
                          [this, &draft] { draft.hotkey = selected(dictate_); });
-        QObject::connect(talkKey_, &QLineEdit::textEdited, this, [this, &draft] {
+        QObject::connect(talkKey_, &QLineEdit::textChanged, this, [this, &draft] {
             draft.talkKey = talkKey_->text().trimmed().toStdString();
         });
         QObject::connect(command_, &QComboBox::currentIndexChanged, this,
@@ -100,7 +100,7 @@ SettingsView::SettingsView(UIState& state, std::function<void()> editProfile)
         form->addRow(qs(S::languageHintLabel), languageHint_);
         QObject::connect(polish_, &QCheckBox::toggled, this,
                          [&draft](bool on) { draft.polishEnabled = on; });
-        QObject::connect(languageHint_, &QLineEdit::textEdited, this, [this, &draft] {
+        QObject::connect(languageHint_, &QLineEdit::textChanged, this, [this, &draft] {
             draft.languageHint = languageHint_->text().toStdString();
         });
         addGroup(S::dictationGroup, body);
@@ -223,8 +223,12 @@ void SettingsView::refresh() {
     fill(dictate_, S::hotkeyOptions(draft));
     select(dictate_, draft.hotkey);
     hotkeyNote_->setText(qs(S::hotkeyNote(draft)));
-    if (!talkKey_->hasFocus()) {
-        talkKey_->setText(qs(draft.talkKey));
+    for (auto [field, text] :
+         {std::pair{talkKey_, &draft.talkKey}, std::pair{languageHint_, &draft.languageHint}}) {
+        if (field->text() != qs(*text)) {
+            const QSignalBlocker quiet(field);
+            field->setText(qs(*text));
+        }
     }
     select(command_, draft.commandHotkey);
     for (auto [box, on] :
@@ -233,9 +237,6 @@ void SettingsView::refresh() {
           std::pair{crashReports_, draft.crashReportsEnabled}}) {
         const QSignalBlocker quiet(box);
         box->setChecked(on);
-    }
-    if (!languageHint_->hasFocus()) {
-        languageHint_->setText(qs(draft.languageHint));
     }
     select(translate_, draft.translateTarget);
 }

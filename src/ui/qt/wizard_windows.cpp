@@ -113,7 +113,7 @@ QWidget* WizardView::details() {
         QLineEdit* input = field("", OnboardingWizard::detailFields[i]);
         input->setText(qs(*fields[i]));
         QObject::connect(
-            input, &QLineEdit::textEdited, this,
+            input, &QLineEdit::textChanged, this,
             [target = fields[i]](const QString& text) { *target = text.toStdString(); });
         form->addRow(qs(OnboardingWizard::detailFields[i]), input);
     }

@@ -71,7 +71,6 @@ struct WindowHarness {
             return false;
         }
         field->setText(text);
-        field->textEdited(text);
         button->click();
         QApplication::processEvents();
         return true;
