@@ -78,9 +78,7 @@ void OnboardingController::showIfNeeded() {
 }
 
 void OnboardingController::refresh() {
-    if (const auto& microphone = state_.services().microphone) {
-        microphone->requestAccess([](bool) {});
-    }
+    // Asking the sound server blocks: the watch does it off the main thread.
     if (watch_) {
         watch_->checkNow();
     }

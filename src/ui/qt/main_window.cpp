@@ -127,18 +127,45 @@ MainWindow::MainWindow(UIState& state, std::function<void()> editProfile) : stat
 MainWindow::~MainWindow() = default;
 
 void MainWindow::refresh() {
-    history_->refresh();
-    modes_->refresh();
-    dictionary_->refresh();
-    replacements_->refresh();
-    snippets_->refresh();
-    tones_->refresh();
-    settings_->refresh();
-    // The store's own views are read only where they show.
-    if (section() == TevraSection::insights) {
-        insights_->refresh();
-    } else if (section() == TevraSection::notetaker) {
-        notetaker_->refresh();
+    // Only the page in view is rebuilt now; the others when they come into view.
+    stale_.fill(true);
+    refreshSection(section());
+}
+
+void MainWindow::refreshSection(TevraSection shown) {
+    const auto index = static_cast<std::size_t>(shown);
+    if (!stale_[index]) {
+        return;
+    }
+    stale_[index] = false;
+    switch (shown) {
+        case TevraSection::history:
+            history_->refresh();
+            break;
+        case TevraSection::notetaker:
+            notetaker_->refresh();
+            break;
+        case TevraSection::insights:
+            insights_->refresh();
+            break;
+        case TevraSection::modes:
+            modes_->refresh();
+            break;
+        case TevraSection::dictionary:
+            dictionary_->refresh();
+            break;
+        case TevraSection::replacements:
+            replacements_->refresh();
+            break;
+        case TevraSection::snippets:
+            snippets_->refresh();
+            break;
+        case TevraSection::tones:
+            tones_->refresh();
+            break;
+        case TevraSection::settings:
+            settings_->refresh();
+            break;
     }
 }
 
@@ -172,12 +199,12 @@ void MainWindow::sectionChanged(int index) {
         state_.saveSettings();
     }
     current_ = index;
-    pages_->setCurrentIndex(index);
-    if (section() == TevraSection::insights) {
-        insights_->refresh();
-    } else if (section() == TevraSection::notetaker) {
-        notetaker_->refresh();
+    // The store's own views are read each time they come into view.
+    if (section() == TevraSection::insights || section() == TevraSection::notetaker) {
+        stale_[static_cast<std::size_t>(index)] = true;
     }
+    refreshSection(section());
+    pages_->setCurrentIndex(index);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

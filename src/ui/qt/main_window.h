@@ -3,6 +3,7 @@
 #include <QListWidget>
 #include <QStackedWidget>
 #include <QWidget>
+#include <array>
 #include <functional>
 #include <memory>
 
@@ -44,6 +45,7 @@ protected:
 
 private:
     void refresh();
+    void refreshSection(TevraSection section);
     void sectionChanged(int index);
 
     UIState& state_;
@@ -60,6 +62,8 @@ private:
     TonesView* tones_;
     SettingsView* settings_;
     int current_ = 0;
+    // Pages whose lists changed while out of view.
+    std::array<bool, TevraSections::all.size()> stale_{};
     Observers::Token token_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
