@@ -27,17 +27,8 @@ void HistoryView::refresh() {
     greeting_->setText(greeting);
     greeting_->setAccessibleName(greeting);
     clear(tiles_);
-    for (const auto& tile : HistoryPage::tiles(state_)) {
-        QFrame* box = card();
-        auto* layout = new QVBoxLayout(box);
-        QLabel* value = heading(tile.value);
-        QFont font = value->font();
-        font.setPointSizeF(font.pointSizeF() * 1.4);
-        value->setFont(font);
-        layout->addWidget(value);
-        layout->addWidget(note(tile.label));
-        box->setAccessibleName(qs(tile.value + " " + tile.label));
-        tiles_->addWidget(box);
+    for (const auto& figure : HistoryPage::tiles(state_)) {
+        tiles_->addWidget(tile(figure.value, figure.label));
     }
     clear(rows_);
     if (state_.history.empty()) {

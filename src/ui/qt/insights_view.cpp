@@ -42,19 +42,7 @@ void InsightsView::refresh() {
     auto* tiles = new QGridLayout;
     int index = 0;
     for (const auto& figure : page_.figures()) {
-        QFrame* box = card();
-        auto* layout = new QVBoxLayout(box);
-        QLabel* value = heading(figure.value);
-        QFont font = value->font();
-        font.setPointSizeF(font.pointSizeF() * 1.4);
-        value->setFont(font);
-        layout->addWidget(value);
-        layout->addWidget(label(figure.label));
-        if (!figure.caption.empty()) {
-            layout->addWidget(note(figure.caption));
-        }
-        box->setAccessibleName(qs(figure.value + " " + figure.label));
-        tiles->addWidget(box, index / 3, index % 3);
+        tiles->addWidget(tile(figure.value, figure.label, figure.caption), index / 3, index % 3);
         ++index;
     }
     body_->addLayout(tiles);

@@ -94,16 +94,7 @@ QWidget* ModesView::modeCard(const Mode& mode, bool hostsSignature) {
             editorLayout->addWidget(label(signature));
             editorLayout->addWidget(note(ModesPage::signatureNote));
         }
-        QPushButton* edit = button(ModesPage::editProfileLabel);
-        QObject::connect(edit, &QPushButton::clicked, this, [this] {
-            if (editProfile_) {
-                editProfile_();
-            }
-        });
-        auto* row = new QHBoxLayout;
-        row->addWidget(edit);
-        row->addStretch(1);
-        editorLayout->addLayout(row);
+        editorLayout->addLayout(buttonRow(ModesPage::editProfileLabel, editProfile_));
         layout->addWidget(editor);
     }
     return box;

@@ -33,7 +33,6 @@ Page::Page(std::string_view title, std::string_view subtitle) {
 QLabel* label(std::string_view text, QWidget* parent) {
     auto* made = new QLabel(qs(text), parent);
     made->setWordWrap(true);
-    made->setTextInteractionFlags(Qt::TextSelectableByMouse);
     made->setAccessibleName(qs(text));
     return made;
 }
@@ -98,6 +97,35 @@ QLabel* badge(std::string_view text, std::string_view help) {
         "QLabel { border: 1px solid palette(mid); border-radius: 7px; padding: 0 6px; }"));
     made->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     return made;
+}
+
+QFrame* tile(const std::string& value, const std::string& text, const std::string& caption) {
+    QFrame* box = card();
+    auto* layout = new QVBoxLayout(box);
+    QLabel* figure = heading(value);
+    QFont font = figure->font();
+    font.setPointSizeF(font.pointSizeF() * 1.4);
+    figure->setFont(font);
+    layout->addWidget(figure);
+    layout->addWidget(caption.empty() ? note(text) : label(text));
+    if (!caption.empty()) {
+        layout->addWidget(note(caption));
+    }
+    box->setAccessibleName(qs(value + " " + text));
+    return box;
+}
+
+QHBoxLayout* buttonRow(std::string_view text, std::function<void()> action) {
+    auto* row = new QHBoxLayout;
+    QPushButton* made = button(text);
+    QObject::connect(made, &QPushButton::clicked, made, [action = std::move(action)] {
+        if (action) {
+            action();
+        }
+    });
+    row->addWidget(made);
+    row->addStretch(1);
+    return row;
 }
 
 QWidget* emptyState(std::string_view title, std::string_view hint) {

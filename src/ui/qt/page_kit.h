@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -41,6 +42,10 @@ QCheckBox* toggle(std::string_view text);
 QComboBox* choice(std::string_view accessibleName);
 // A small rounded mark beside a row's text: "regex", "command", "screenshot".
 QLabel* badge(std::string_view text, std::string_view help = {});
+// A figure in a box: the value large, its label, and a caption if any.
+QFrame* tile(const std::string& value, const std::string& label, const std::string& caption = {});
+// A button alone at the start of its row, which runs action.
+QHBoxLayout* buttonRow(std::string_view text, std::function<void()> action);
 // The two lines of an empty list.
 QWidget* emptyState(std::string_view title, std::string_view hint);
 // Removes every item of a layout, deleting its widgets.

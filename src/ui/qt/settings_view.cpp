@@ -40,16 +40,7 @@ SettingsView::SettingsView(UIState& state, std::function<void()> editProfile)
     {  // Profile
         auto* body = new QWidget;
         auto* layout = new QVBoxLayout(body);
-        QPushButton* edit = button(S::editProfileLabel);
-        QObject::connect(edit, &QPushButton::clicked, this, [this] {
-            if (editProfile_) {
-                editProfile_();
-            }
-        });
-        auto* row = new QHBoxLayout;
-        row->addWidget(edit);
-        row->addStretch(1);
-        layout->addLayout(row);
+        layout->addLayout(buttonRow(S::editProfileLabel, editProfile_));
         layout->addWidget(note(S::profileNote));
         signedInAs_ = label("");
         signOff_ = note("");
