@@ -240,7 +240,7 @@ QWidget* NotetakerView::itemRow(const CaptureItem& item) {
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(4, 2, 4, 2);
     const char* mark = item.kind == CaptureKind::task    ? "\u25a1"
-                       : item.kind == CaptureKind::event ? "\U0001f4c5"
+                       : item.kind == CaptureKind::event ? "\u25a6"
                                                          : "\u2022";
     QLabel* markLabel = label(mark);
     markLabel->setAlignment(Qt::AlignTop);

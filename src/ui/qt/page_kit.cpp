@@ -8,6 +8,8 @@ namespace tevra::PageKit {
 Page::Page(std::string_view title, std::string_view subtitle) {
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
+    // The pages wrap their words to the window's width.
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* body = new QWidget;
     auto* outer = new QVBoxLayout(body);
     outer->setContentsMargins(28, 22, 28, 22);
@@ -86,6 +88,9 @@ QCheckBox* toggle(std::string_view text) {
 QComboBox* choice(std::string_view accessibleName) {
     auto* made = new QComboBox;
     made->setAccessibleName(qs(accessibleName));
+    // Long choices are elided rather than widening the page.
+    made->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    made->setMinimumContentsLength(10);
     return made;
 }
 

@@ -6,6 +6,8 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <algorithm>
 
 #include "ui/qt/settings_view.h"
@@ -183,6 +185,11 @@ TEST(MainWindow, EveryPageAndWizardStepDrawnLightAndDark) {
                                                         "-" + appearance);
             EXPECT_FALSE(h.screenshot(name.toLower().replace(' ', '-')).isEmpty());
         }
+        // The foot of Settings: the Keys group and the two buttons.
+        auto* settings = static_cast<QScrollArea*>(h.window().page(TevraSection::settings));
+        settings->verticalScrollBar()->setValue(settings->verticalScrollBar()->maximum());
+        h.screenshot(QStringLiteral("settings-keys-%1").arg(appearance));
+        settings->verticalScrollBar()->setValue(0);
         OnboardingWizard wizard(*h.state, true, [] {});
         WizardWindow window(wizard, [] {});
         for (int step = 0; step <= OnboardingWizard::lastStep; ++step) {
