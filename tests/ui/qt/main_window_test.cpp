@@ -140,6 +140,16 @@ TEST(MainWindow, TheKeysGroupSavesIntoTheKeyringAndTheRuntimeTakesTheKey) {
     h.queue.runPending();
     EXPECT_EQ(h.secrets->lookup("GROQ_API_KEY"), std::nullopt);
     EXPECT_FALSE(h.runtime->hasCloudSTT());
+
+    // The wizard's last step asks for a key while none is there, and keeps it the same way.
+    OnboardingWizard wizard(*h.state, true, [] {});
+    EXPECT_TRUE(wizard.needsSpeechKey());
+    bool kept = false;
+    wizard.saveSpeechKey("OPENAI_API_KEY", " sk-test ", [&](bool ok) { kept = ok; });
+    h.queue.runPending();
+    EXPECT_TRUE(kept);
+    EXPECT_EQ(h.secrets->lookup("OPENAI_API_KEY"), "sk-test");
+    EXPECT_FALSE(wizard.needsSpeechKey());
 }
 
 // Rows enough that every page has something to draw.
