@@ -53,6 +53,9 @@ struct AppServices {
     std::function<std::unique_ptr<WeftRuntime>()> makeRuntime;
     // A fresh connection to the desktop's keyboard for each hotkey backend.
     std::function<std::unique_ptr<DesktopKeyboard>()> makeKeyboard;
+    // Where no program may watch the keyboard (Wayland): the one backend the
+    // session offers, used instead of the talk key and the Alt keys.
+    std::function<std::shared_ptr<HotkeyBackend>()> makeSessionHotkeys;
     // The notetaker, made at start-up on the runtime; none: no notetaker.
     std::function<std::shared_ptr<NotetakerController>(WeftRuntime&)> makeNotetaker;
     // The pills, made at start-up on the runtime with what pastes a history
@@ -197,6 +200,8 @@ private:
     void offerUpdate(const Appcast& appcast);
     void watchForAccessibilityGrant();
     std::shared_ptr<HotkeyBackend> makeOptionMonitor(int slotCount);
+    // The session's own way in, where the keyboard cannot be watched.
+    void startSessionHotkeys(std::size_t modeCount);
     void log(const std::string& line) const;
     void captureStateMayHaveChanged();
     // One line in the log as each step of the start comes.

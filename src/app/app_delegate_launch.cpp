@@ -154,6 +154,10 @@ void AppDelegate::startHotkeys() {
         statusItem_->setToolTip(tip);
     }
 
+    if (services_.makeSessionHotkeys) {
+        startSessionHotkeys(modes.size());
+        return;
+    }
     const int slotCount = modes.empty() ? 1 : static_cast<int>(modes.size());
     const bool fnScheme = runtime_->settings().hotkey == "fn";
     std::shared_ptr<HotkeyBackend> monitor =
@@ -204,6 +208,19 @@ void AppDelegate::startHotkeys() {
     if (!name) {
         hud_->error("hotkey registration failed");
     }
+}
+
+void AppDelegate::startSessionHotkeys(std::size_t modeCount) {
+    hotkey_ = services_.makeSessionHotkeys();
+    wireHotkeyCallbacks(*hotkey_);
+    hotkeyName_ = hotkey_->start();
+    hotkeyNotices_.clear();
+    if (recording_) {
+        hotkey_->enableCancelKey();
+    }
+    log("hotkeys: " + std::to_string(modeCount) + " modes, scheme=" + runtime_->settings().hotkey +
+        ", " + hotkeyName_.value_or("FAILED") +
+        ", autopaste=" + (services_.inserter->canAutoPaste() ? "true" : "false"));
 }
 
 void AppDelegate::notice(const std::string& line) {

@@ -1,5 +1,5 @@
 // Tevra, the desktop program: a tray icon, the talk key and the HUD on an X11
-// session. Everything it needs is made by TevraApplication.
+// or Wayland session. Everything it needs is made by TevraApplication.
 #include <unistd.h>
 
 #include <QApplication>
@@ -15,6 +15,7 @@
 #include "app/single_instance.h"
 #include "app/tevra_application.h"
 #include "base/log.h"
+#include "capture/wayland/wayland_connection.h"
 #include "core/weft_settings.h"
 #include "crash/crash_reporter.h"
 
@@ -51,22 +52,45 @@ int main(int argc, char** argv) {
     }
     // First of all, so that a crash anywhere after this leaves its report.
     CrashReporter::install(WeftSettings::defaultDir(), AppDelegate::appVersion());
+    // On Wayland the keys, the clipboard and the paste speak the compositor's
+    // own protocols; Tevra's windows need XWayland, and without it run unseen.
+    std::shared_ptr<WaylandConnection> wayland;
+    DesktopSession session = DesktopSession::detect(std::getenv, {});
+    if (session.kind == DesktopSession::Kind::wayland) {
+        wayland = WaylandConnection::open();
+        if (wayland) {
+            session = DesktopSession::detect(std::getenv, wayland->globals());
+        } else if (const char* display = std::getenv("DISPLAY"); display && *display) {
+            // Started from an X11 program in a session that calls itself
+            // Wayland, or with a stale WAYLAND_DISPLAY: X11 is what answers.
+            std::fprintf(stderr, "tevra: no Wayland compositor answers; using the X display %s.\n",
+                         display);
+            session = DesktopSession{};
+        } else {
+            std::fprintf(stderr, "tevra: cannot connect to the Wayland compositor (%s).\n",
+                         std::getenv("WAYLAND_DISPLAY") ? std::getenv("WAYLAND_DISPLAY") : "");
+            return 1;
+        }
+    }
     const char* display = std::getenv("DISPLAY");
-    if (display == nullptr || *display == '\0') {
+    const bool hasDisplay = display != nullptr && *display != '\0';
+    if (!hasDisplay && session.kind == DesktopSession::Kind::x11) {
         std::fprintf(stderr,
-                     "tevra: no X display: DISPLAY is not set. Tevra needs an X11 desktop "
-                     "session (on Wayland, XWayland's DISPLAY).\n");
+                     "tevra: no desktop session: neither DISPLAY nor WAYLAND_DISPLAY is set.\n");
         return 1;
     }
-    auto x = X11Connection::open();
-    if (!x) {
+    std::shared_ptr<X11Connection> x = hasDisplay ? X11Connection::open() : nullptr;
+    if (hasDisplay && !x) {
         std::fprintf(stderr, "tevra: cannot open the X display %s.\n", display);
         return 1;
     }
-    // The hotkeys, the paste and the focus all speak X11; the clipboard and
-    // the HUD must live on the same display, also in a Wayland session.
+    const char* waylandDisplay = std::getenv("WAYLAND_DISPLAY");
+    const std::string instanceName =
+        hasDisplay ? display : (waylandDisplay ? waylandDisplay : "wayland-0");
+    // The HUD and the pill place themselves, which only X11 (and XWayland)
+    // allows; with no X display at all Tevra runs without windows.
     if (std::getenv("QT_QPA_PLATFORM") == nullptr) {
-        setenv("QT_QPA_PLATFORM", "xcb", 1);
+        setenv("QT_QPA_PLATFORM", x ? "xcb" : "offscreen", 1);
     }
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tevra"));
@@ -92,18 +116,18 @@ int main(int argc, char** argv) {
             return 0;
         }
         case TevraBusService::Claim::noBus:
-            if (auto acquired = SingleInstance::acquire(display)) {
+            if (auto acquired = SingleInstance::acquire(instanceName)) {
                 lock.emplace(std::move(*acquired));
                 break;
             }
-            std::fprintf(stderr, "tevra: Tevra is already running on display %s.\n", display);
+            std::fprintf(stderr, "tevra: Tevra is already running on this display.\n");
             return 1;
     }
     quitOnTerminationSignals(app);
 
     int status = 0;
     {
-        TevraApplication tevra(std::move(x));
+        TevraApplication tevra(std::move(x), session, std::move(wayland));
         tevra.launch();
         status = QApplication::exec();
     }

@@ -18,8 +18,13 @@
 #include "capture/linux/x11_key_injector.h"
 #include "capture/linux/x11_secure_input.h"
 #include "capture/microphone_recorder.h"
+#include "capture/no_key_injector.h"
 #include "capture/qt/qt_clipboard.h"
 #include "capture/qt/qt_sound_cues.h"
+#include "capture/session_bus_hotkeys.h"
+#include "capture/wayland/data_control_clipboard.h"
+#include "capture/wayland/virtual_keyboard_injector.h"
+#include "capture/wayland/wayland_focus_probe.h"
 #include "core/linux/libsecret_store.h"
 #include "crash/crash_reporter.h"
 #include "notetaker/linux/pulse_microphone_use.h"
@@ -44,11 +49,9 @@ constexpr const char* kNoSpeechKey =
     "no speech service key: set GROQ_API_KEY or OPENAI_API_KEY, or keep one in the keyring "
     "(see the README)";
 
-// Until Tevra speaks Wayland's own protocols, its keys and its paste go
-// through XWayland.
-constexpr const char* kWaylandSession =
-    "Wayland session: the talk key and the paste work in X11 (XWayland) windows only; in native "
-    "Wayland windows the keys are not seen and dictated text stays on the clipboard";
+constexpr const char* kNoXWayland =
+    "no XWayland: Tevra runs without its windows (no HUD, pill or tray icon); quit it with "
+    "Ctrl+C or by ending the session";
 
 // Dictations that overlap: one still being transcribed while the next is
 // recorded, and perhaps a third.
@@ -60,19 +63,25 @@ void writeLog(const std::string& line) {
 
 }  // namespace
 
-TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
-    : x_(std::move(x)),
-      tray_(std::make_shared<TrayStatusItem>(
-          [this] {
-              if (delegate_) {
-                  delegate_->showSettingsWindow();
-              }
-          },
-          [] { QCoreApplication::quit(); })),
+TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSession session,
+                                   std::shared_ptr<WaylandConnection> wayland)
+    : session_(session),
+      x_(std::move(x)),
+      wayland_(std::move(wayland)),
+      tray_(x_ ? std::make_shared<TrayStatusItem>(
+                     [this] {
+                         if (delegate_) {
+                             delegate_->showSettingsWindow();
+                         }
+                     },
+                     [] { QCoreApplication::quit(); })
+               : nullptr),
       work_(std::make_shared<WorkPool>(kPipelineThreads)) {
     auto focus = std::make_shared<AtspiFocus>();
-    auto keys = std::make_shared<X11KeyInjector>(x_, syntheticKeys_);
-    auto secure = std::make_shared<X11SecureInput>(x_, focus,
+    const bool onWayland = session_.kind == DesktopSession::Kind::wayland;
+    // On Wayland the keys and the clipboard never go through XWayland, which
+    // reaches only the X11 windows.
+    auto secure = std::make_shared<X11SecureInput>(onWayland ? nullptr : x_, focus,
                                                    [grabs = ownGrabs_] { return grabs->active(); });
 
     AppServices services;
@@ -80,10 +89,32 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
     services.notifications = &notifications_;
     services.hud = HUDController::create(queue_);
     services.recorder = std::make_shared<MicrophoneRecorder>(queue_, PulseAudioInput::factory());
-    auto clipboard = std::make_shared<QtClipboard>(std::make_shared<X11ClipboardReader>(queue_));
+    std::shared_ptr<Clipboard> clipboard;
+    std::shared_ptr<KeyInjector> keys;
+    if (onWayland) {
+        auto toplevels = ToplevelTracker::create(wayland_);
+        if (session_.clipboard == DesktopSession::Clipboard::dataControl) {
+            clipboard = DataControlClipboard::create(queue_, wayland_);
+        }
+        if (session_.paste == DesktopSession::Paste::virtualKeyboard) {
+            keys = VirtualKeyboardInjector::create(wayland_, toplevels);
+        }
+        services.contextReader =
+            std::make_shared<ContextReader>(std::make_shared<WaylandFocusProbe>(toplevels, focus));
+        services.makeSessionHotkeys = [] { return std::make_shared<SessionBusHotkeys>(); };
+    } else {
+        keys = std::make_shared<X11KeyInjector>(x_, syntheticKeys_);
+        services.contextReader =
+            std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
+    }
+    if (!clipboard) {
+        clipboard = std::make_shared<QtClipboard>(x_ ? std::make_shared<X11ClipboardReader>(queue_)
+                                                     : nullptr);
+    }
+    if (!keys) {
+        keys = std::make_shared<NoKeyInjector>();
+    }
     services.inserter = std::make_shared<TextInserter>(queue_, clipboard, keys, secure);
-    services.contextReader =
-        std::make_shared<ContextReader>(std::make_shared<X11FocusProbe>(x_, focus));
     chime_ = std::make_shared<Chime>(std::make_shared<QtSoundCues>());
     services.chime = chime_;
     services.secureInput = secure;
@@ -95,12 +126,14 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x)
                                              std::make_shared<LibsecretStore>());
     };
     services.makeNotetaker = [this](WeftRuntime& runtime) { return makeNotetaker(runtime); };
-    services.makePill = [this](WeftRuntime& runtime, PillManager::OnPaste onPaste) {
-        auto desktop =
-            std::make_shared<QtPillDesktop>(queue_, [x = x_] { return x11CompositorRunning(*x); });
-        return PillManager::create(queue_, runtime, &notifications_, std::move(desktop),
-                                   std::move(onPaste), PillPreview::fromEnvironment());
-    };
+    if (x_) {
+        services.makePill = [this](WeftRuntime& runtime, PillManager::OnPaste onPaste) {
+            auto desktop = std::make_shared<QtPillDesktop>(
+                queue_, [x = x_] { return x11CompositorRunning(*x); });
+            return PillManager::create(queue_, runtime, &notifications_, std::move(desktop),
+                                       std::move(onPaste), PillPreview::fromEnvironment());
+        };
+    }
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
     services.log = writeLog;
@@ -158,6 +191,9 @@ void TevraApplication::publishOnTheBus() {
     control_ = std::make_shared<RemoteControl>(queue_, delegate_);
     bus_ = std::make_unique<TevraBusService>(control_);
     delegate_->onCaptureStateChanged = [bus = bus_.get()] { bus->stateMayHaveChanged(); };
+    if (session_.kind == DesktopSession::Kind::wayland) {
+        bus_->setPaths(session_.name() + " session \u2014 " + session_.pathsDescription());
+    }
     if (!bus_->publish()) {
         Log::write("session bus: the control interface could not be published");
     }
@@ -169,6 +205,11 @@ void TevraApplication::greet() const {
     const std::string log = (runtime.dataDir() / "tevra.log").string();
     if (!name) {
         std::printf("Tevra is running, but no hotkey could be registered. Log: %s\n", log.c_str());
+    } else if (session_.keys == DesktopSession::Keys::sessionBus) {
+        std::printf(
+            "Tevra is running: bind `tevractl record toggle` to a shortcut of your desktop "
+            "(see the README), press it, speak, press it again. Log: %s\n",
+            log.c_str());
     } else {
         std::printf("Tevra is running: hold %s anywhere, speak, let go. Log: %s\n",
                     *name == "fn-tap" ? runtime.settings().talkKey.c_str() : "Alt+1", log.c_str());
@@ -180,10 +221,15 @@ void TevraApplication::greet() const {
     for (const std::string& notice : delegate_->hotkeyNotices()) {
         std::fprintf(stderr, "tevra: %s.\n", notice.c_str());
     }
-    if (const char* session = std::getenv("XDG_SESSION_TYPE");
-        (session && std::string_view(session) == "wayland") || std::getenv("WAYLAND_DISPLAY")) {
-        Log::write(kWaylandSession);
-        std::fprintf(stderr, "tevra: %s.\n", kWaylandSession);
+    if (session_.kind == DesktopSession::Kind::wayland) {
+        const std::string paths =
+            session_.name() + " session \u2014 " + session_.pathsDescription();
+        Log::write(paths);
+        std::fprintf(stderr, "tevra: %s.\n", paths.c_str());
+        if (!session_.xwayland) {
+            Log::write(kNoXWayland);
+            std::fprintf(stderr, "tevra: %s.\n", kNoXWayland);
+        }
     }
     if (!runtime.hasCloudSTT()) {
         Log::write(kNoSpeechKey);
@@ -216,6 +262,8 @@ std::shared_ptr<NotetakerController> TevraApplication::makeNotetaker(WeftRuntime
     services.queue = &queue_;
     services.notifications = &notifications_;
     services.work = work_;
+    // Without an X display (Wayland with no XWayland) no application is
+    // named, and no call is noticed: a call needs a call application.
     services.detector = CallDetector::create(queue_, std::make_shared<PulseMicrophoneUse>(),
                                              std::make_shared<X11RunningApplications>(x_));
     services.devices = {PulseAudioInput::factory(), PulseMonitorSource::factory()};

@@ -6,6 +6,7 @@
 #include "app/app_delegate.h"
 #include "app/qt/qt_main_queue.h"
 #include "base/notification_center.h"
+#include "capture/desktop_session.h"
 #include "capture/linux/x11_connection.h"
 #include "capture/linux/x_own_grabs.h"
 #include "capture/linux/x_synthetic_keys.h"
@@ -13,6 +14,7 @@
 namespace tevra {
 
 class Chime;
+class WaylandConnection;
 class RemoteControl;
 class TevraBusService;
 class SettingsFileWatcher;
@@ -24,7 +26,10 @@ class MainWindow;
 // the orchestrator. Lives on the main thread for as long as the event loop.
 class TevraApplication {
 public:
-    explicit TevraApplication(std::shared_ptr<X11Connection> x);
+    // x is null where there is no X display (Wayland without XWayland);
+    // wayland is null on X11.
+    TevraApplication(std::shared_ptr<X11Connection> x, DesktopSession session,
+                     std::shared_ptr<WaylandConnection> wayland);
     ~TevraApplication();
     TevraApplication(const TevraApplication&) = delete;
     TevraApplication& operator=(const TevraApplication&) = delete;
@@ -48,9 +53,11 @@ private:
     // Makes the main window the first time, then brings it to the front.
     void showMainWindow();
 
+    DesktopSession session_;
     QtMainQueue queue_;
     NotificationCenter notifications_{queue_};
     std::shared_ptr<X11Connection> x_;
+    std::shared_ptr<WaylandConnection> wayland_;
     std::shared_ptr<XOwnGrabs> ownGrabs_ = std::make_shared<XOwnGrabs>();
     std::shared_ptr<XSyntheticKeys> syntheticKeys_ = std::make_shared<XSyntheticKeys>();
     std::shared_ptr<TrayStatusItem> tray_;

@@ -68,8 +68,7 @@ Reply callOn(const char* interface, const char* method, GVariant* parameters, bo
 
 }  // namespace
 
-Reply call(const std::string& method, const std::vector<Argument>& arguments,
-           bool startIfNeeded) {
+Reply call(const std::string& method, const std::vector<Argument>& arguments, bool startIfNeeded) {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE_TUPLE);
     for (const Argument& argument : arguments) {
@@ -80,8 +79,8 @@ Reply call(const std::string& method, const std::vector<Argument>& arguments,
         }
     }
     GVariant* result = nullptr;
-    Reply reply = callOn(kInterface, method.c_str(), g_variant_builder_end(&builder),
-                         startIfNeeded, &result);
+    Reply reply =
+        callOn(kInterface, method.c_str(), g_variant_builder_end(&builder), startIfNeeded, &result);
     if (result) {
         g_variant_unref(result);
     }

@@ -17,8 +17,8 @@ int told(const std::string& command, const bus::Reply& reply, std::ostream& err)
             err << "tevractl " << command << ": Tevra is not running\n";
             return 1;
         case bus::Reply::Status::noBus:
-            err << "tevractl " << command << ": no session bus to reach Tevra on ("
-                << reply.message << ")\n";
+            err << "tevractl " << command << ": no session bus to reach Tevra on (" << reply.message
+                << ")\n";
             return 1;
         case bus::Reply::Status::refused:
         case bus::Reply::Status::failed:
@@ -103,6 +103,11 @@ int status(const Args& args, std::ostream& out, std::ostream& err) {
         }
         out << "capture: " << capture.value << "\n"
             << "notetaker: " << notes.value << "\n";
+        // Older Tevras have no paths to tell; X11 has no choice to name.
+        if (const bus::Reply paths = bus::property("Paths");
+            paths.status == bus::Reply::Status::ok && !paths.value.empty()) {
+            out << "session: " << paths.value << "\n";
+        }
         return 0;
     });
 }

@@ -32,10 +32,10 @@ int main(int argc, char** argv) {
 
     using Command = int (*)(WeftRuntime&, const ctl::Args&, std::ostream&, std::ostream&);
     static const std::map<std::string, Command> commands = {
-        {"dictate", ctl::dictate}, {"translate", ctl::translate}, {"history", ctl::history},
-        {"stats", ctl::stats},     {"keys", ctl::keys},           {"notes", ctl::notes},
-        {"update", ctl::update},
-        {"ocr", ctl::ocr},
+        {"dictate", ctl::dictate}, {"translate", ctl::translate},
+        {"history", ctl::history}, {"stats", ctl::stats},
+        {"keys", ctl::keys},       {"notes", ctl::notes},
+        {"update", ctl::update},   {"ocr", ctl::ocr},
     };
     const auto it = commands.find(all[0]);
     if (it == commands.end()) {

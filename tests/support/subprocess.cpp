@@ -57,7 +57,8 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
     posix_spawn_file_actions_addclose(&actions, errPipe[0]);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     pid_t pid = 0;
-    const int rc = posix_spawn(&pid, args[0].c_str(), &actions, nullptr, argvp.data(), envp.data());
+    const int rc =
+        posix_spawnp(&pid, args[0].c_str(), &actions, nullptr, argvp.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     close(outPipe[1]);
     close(errPipe[1]);

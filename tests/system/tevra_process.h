@@ -47,7 +47,11 @@ public:
         }
         env.remove("QT_QPA_PLATFORM");
         for (const auto& [name, value] : extraEnvironment) {
-            env.insert(name, value);
+            if (value.isNull()) {
+                env.remove(name);  // QString(): not set at all
+            } else {
+                env.insert(name, value);
+            }
         }
         process_.setProcessEnvironment(env);
         process_.start(TEVRA_PATH, {});

@@ -21,6 +21,7 @@ class TevraBusService : public QObject, protected QDBusContext {
     Q_CLASSINFO("D-Bus Interface", "com.kestrum.Tevra1")
     Q_PROPERTY(QString State READ state)
     Q_PROPERTY(QString NotetakerState READ notetakerState)
+    Q_PROPERTY(QString Paths READ paths)
 
 public:
     static constexpr const char* serviceName = "com.kestrum.Tevra";
@@ -42,6 +43,10 @@ public:
 
     QString state() const;
     QString notetakerState() const;
+    // The session and the ways in Tevra takes there, where it has a choice
+    // (Wayland); empty on X11.
+    QString paths() const { return paths_; }
+    void setPaths(const std::string& paths) { paths_ = QString::fromStdString(paths); }
 
     // Emits StateChanged when the capture's state has changed.
     void stateMayHaveChanged();
@@ -69,6 +74,7 @@ private:
 
     std::shared_ptr<RemoteControl> control_;
     QString lastState_;
+    QString paths_;
 };
 
 }  // namespace tevra

@@ -21,11 +21,17 @@ std::optional<std::string> X11RunningApplications::classOf(X11Connection::Window
 }
 
 std::optional<std::string> X11RunningApplications::frontmost() {
+    if (!x_) {
+        return std::nullopt;
+    }
     return classOf(x_->activeWindow());
 }
 
 std::vector<std::string> X11RunningApplications::running() {
     std::vector<std::string> classes;
+    if (!x_) {
+        return classes;
+    }
     for (const X11Connection::Window window : x_->clientList()) {
         auto windowClass = classOf(window);
         if (windowClass &&

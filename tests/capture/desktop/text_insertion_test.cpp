@@ -152,7 +152,7 @@ TEST(TextInsertionOnX11, WithThePasteImpossibleTheTextStaysForTheUser) {
 }
 
 TEST(TextInsertionOnX11, EachApplicationGetsItsOwnPasteKeys) {
-    using Chord = X11KeyInjector::PasteChord;
+    using Chord = PasteChord;
     const std::pair<const char*, Chord> table[] = {
         {"gedit", Chord::ctrlV},
         {"Firefox", Chord::ctrlV},
@@ -163,7 +163,7 @@ TEST(TextInsertionOnX11, EachApplicationGetsItsOwnPasteKeys) {
         {"Gvim", Chord::shiftInsertPrimary},   // and starts a block selection here
     };
     for (const auto& [wmClass, chord] : table) {
-        EXPECT_EQ(X11KeyInjector::pasteChordFor(wmClass), chord) << wmClass;
+        EXPECT_EQ(pasteChordFor(wmClass), chord) << wmClass;
     }
 }
 

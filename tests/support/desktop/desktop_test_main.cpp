@@ -15,6 +15,9 @@ int main(int argc, char** argv) {
     if (argc == 2 && std::strcmp(argv[1], tevra::testing::ClipboardOwnerProcess::flag) == 0) {
         return tevra::testing::ClipboardOwnerProcess::serve(argc, argv);
     }
+    if (argc == 3 && std::strcmp(argv[1], tevra::testing::PeerProcess::qtFlag) == 0) {
+        return tevra::testing::PeerProcess::serveQt(argc, argv);
+    }
     ::testing::InitGoogleMock(&argc, argv);
     if (GTEST_FLAG_GET(list_tests)) {
         return RUN_ALL_TESTS();

@@ -3,13 +3,17 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <QApplication>
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QPlainTextEdit>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QSocketNotifier>
 #include <QTextStream>
+#include <QTimer>
 #include <cstdio>
 #include <iostream>
 
@@ -36,7 +40,21 @@ PeerProcess::PeerProcess(const Options& options) : title_(options.title) {
     }
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     QObject::connect(&process_, &QProcess::readyReadStandardOutput, [this] { readLines(); });
-    process_.start("/usr/bin/python3", args);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const auto& [name, value] : options.environment) {
+        if (value) {
+            environment.insert(QString::fromStdString(name), QString::fromStdString(*value));
+        } else {
+            environment.remove(QString::fromStdString(name));
+        }
+    }
+    process_.setProcessEnvironment(environment);
+    if (options.qt) {
+        process_.start(QCoreApplication::applicationFilePath(),
+                       {qtFlag, QString::fromStdString(options.title)});
+    } else {
+        process_.start("/usr/bin/python3", args);
+    }
     if (!process_.waitForStarted(10000)) {
         ADD_FAILURE() << "the GTK peer did not start: " << process_.errorString().toStdString();
     }
@@ -143,6 +161,39 @@ ClipboardOwnerProcess::~ClipboardOwnerProcess() {
         process_.kill();
         process_.waitForFinished(5000);
     }
+}
+
+int PeerProcess::serveQt(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QPlainTextEdit field;
+    field.setWindowTitle(QString::fromUtf8(argv[2]));
+    const auto say = [](const nlohmann::json& event) {
+        std::printf("%s\n", event.dump().c_str());
+        std::fflush(stdout);
+    };
+    QObject::connect(&field, &QPlainTextEdit::textChanged, [&] {
+        say({{"event", "text"}, {"text", field.toPlainText().toStdString()}});
+    });
+    bool ready = false;
+    QTimer readiness;
+    QObject::connect(&readiness, &QTimer::timeout, [&] {
+        if (!ready && field.isActiveWindow() && field.hasFocus()) {
+            ready = true;
+            say({{"event", "ready"}, {"pid", QCoreApplication::applicationPid()}});
+        }
+    });
+    readiness.start(50);
+    QSocketNotifier input(0, QSocketNotifier::Read);
+    QObject::connect(&input, &QSocketNotifier::activated, [&] {
+        char buffer[256];
+        if (::read(0, buffer, sizeof buffer) <= 0) {
+            app.quit();
+        }
+    });
+    field.resize(600, 300);
+    field.show();
+    field.setFocus();
+    return app.exec();
 }
 
 int ClipboardOwnerProcess::serve(int argc, char** argv) {

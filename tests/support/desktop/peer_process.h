@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -12,7 +13,9 @@
 namespace tevra::testing {
 
 // The GTK application of desktop_peer.py in a process of its own: one window
-// with a text field, reporting what happens to it as JSON lines.
+// with a text field, reporting what happens to it as JSON lines. With qt, a
+// Qt window of the test executable's own stands in, reporting "ready" and
+// "text" alike.
 class PeerProcess {
 public:
     struct Options {
@@ -22,6 +25,9 @@ public:
         bool password = false;
         bool textview = false;
         bool sandboxed = false;  // its window names another process, as in a Flatpak
+        bool qt = false;
+        // Set, or with nullopt removed, in the peer's environment.
+        std::map<std::string, std::optional<std::string>> environment = {};
     };
 
     explicit PeerProcess(const Options& options);
@@ -40,6 +46,10 @@ public:
     void send(const std::string& command);
 
     std::int64_t pid() const;
+
+    // The argument with which the test executable becomes the Qt peer.
+    static constexpr const char* qtFlag = "--qt-peer";
+    static int serveQt(int argc, char** argv);
 
 private:
     void readLines();

@@ -1,0 +1,169 @@
+// The real tevra program in a Wayland session of its own: a headless sway
+// with no XWayland, whose bindings run tevractl as the README shows, and
+// native Wayland windows (Qt 6, GTK 3, the foot terminal) that receive the
+// dictation through data control and the virtual keyboard.
+#include <QApplication>
+#include <QObject>
+#include <fstream>
+
+#include "app/qt/qt_main_queue.h"
+#include "capture/wayland/data_control_clipboard.h"
+#include "support/desktop/sway_session.h"
+#include "support/subprocess.h"
+#include "system/dictation_system_fixture.h"
+
+namespace tevra {
+namespace {
+
+using ::testing::HasSubstr;
+using testing::PeerProcess;
+using testing::waitUntil;
+
+// What another application left on the clipboard: several formats, one of
+// them binary.
+const ClipboardItem kBefore{{{"text/html", "<b>kept</b> across the dictation"},
+                             {"text/plain", "kept across the dictation"},
+                             {"image/png", std::string("\x89PNG\r\n\x1a\n\0\0 binary", 18)}}};
+
+class WaylandSystemTest : public DictationSystemTest {
+protected:
+    testing::SwaySession sway{{"bindsym Ctrl+F9 exec " TEVRACTL_PATH " record toggle",
+                               "bindsym Ctrl+F10 exec " TEVRACTL_PATH " record cancel"}};
+    QObject timers;
+    QtMainQueue queue{&timers};
+    std::shared_ptr<WaylandConnection> wayland;
+    std::shared_ptr<DataControlClipboard> clipboard;
+
+    void SetUp() override {
+        DictationSystemTest::SetUp();
+        ASSERT_TRUE(sway.running());
+        wayland = WaylandConnection::open(sway.socket());
+        ASSERT_TRUE(wayland);
+        clipboard = DataControlClipboard::create(queue, wayland);
+        ASSERT_TRUE(clipboard);
+    }
+
+    void TearDown() override {
+        DictationSystemTest::TearDown();
+        if (HasFailure()) {
+            std::cerr << "--- sway ---\n" << sway.log();
+        }
+    }
+
+    std::map<std::string, std::optional<std::string>> clientEnvironment() const {
+        return {{"WAYLAND_DISPLAY", sway.socket()},
+                {"DISPLAY", std::nullopt},
+                {"GDK_BACKEND", "wayland"},
+                {"QT_QPA_PLATFORM", "wayland"}};
+    }
+
+    void startOnSway() {
+        startTevra(nlohmann::json::object(),
+                   {{"WAYLAND_DISPLAY", QString::fromStdString(sway.socket())},
+                    {"DISPLAY", QString()},
+                    {"XDG_SESSION_TYPE", "wayland"},
+                    {"DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(sway.busAddress())}});
+    }
+
+    // The clipboard as wl-paste, another data-control client, reads it.
+    std::map<std::string, std::string> clipboardNow() const {
+        std::map<std::string, std::string> formats;
+        const auto types =
+            testing::runProcess({"wl-paste", "--list-types"}, {{"WAYLAND_DISPLAY", sway.socket()}});
+        std::istringstream lines(types.out);
+        for (std::string type; std::getline(lines, type);) {
+            formats[type] = testing::runProcess({"wl-paste", "--no-newline", "--type", type},
+                                                {{"WAYLAND_DISPLAY", sway.socket()}})
+                                .out;
+        }
+        return formats;
+    }
+
+    std::size_t captures() const {
+        const std::string text = log();
+        std::size_t count = 0;
+        for (auto at = text.find("Fn \u2192 Dictate"); at != std::string::npos;
+             at = text.find("Fn \u2192 Dictate", at + 1)) {
+            ++count;
+        }
+        return count;
+    }
+
+    // The binding pressed, the microphone speaking, the binding pressed again.
+    void dictateThroughTheBinding() {
+        const auto speech = testing::spokenSamples(kTranscript, 48000, 2);
+        const std::size_t before = captures();
+        VirtualMicrophone microphone;
+        sway.press({"ctrl"}, "F9");
+        ASSERT_TRUE(waitUntil([&] { return captures() > before; }, 10)) << "no capture started";
+        pause(0.3);  // the record stream opens
+        microphone.speak(speech);
+        ASSERT_TRUE(waitUntil([&] { return microphone.finished(); }, 20));
+        pause(0.3);
+        sway.press({"ctrl"}, "F9");
+    }
+};
+
+TEST_F(WaylandSystemTest, ABindingOfTevractlDictatesIntoNativeWaylandWindows) {
+    startOnSway();
+    EXPECT_TRUE(waitForLog("Wayland (wlroots) session \u2014 keys: session bus", 5)) << log();
+    EXPECT_THAT(log(), HasSubstr("paste: virtual keyboard; clipboard: data control"));
+    EXPECT_THAT(testing::runProcess({TEVRACTL_PATH, "status"},
+                                    {{"DBUS_SESSION_BUS_ADDRESS", sway.busAddress()}})
+                    .out,
+                HasSubstr("session: Wayland (wlroots) session \u2014 keys: session bus"));
+
+    std::map<std::string, std::string> before;
+    for (const auto& [type, bytes] : kBefore.formats) {
+        before[type] = bytes;
+    }
+    for (const bool qt : {true, false}) {
+        PeerProcess peer(
+            {.title = qt ? "Qt peer" : "GTK peer", .qt = qt, .environment = clientEnvironment()});
+        ASSERT_TRUE(peer.waitFor("ready", 20)) << (qt ? "Qt" : "GTK");
+        clipboard->restore({kBefore});
+        ASSERT_TRUE(waitUntil([&] { return clipboardNow() == before; }, 5));
+
+        dictateThroughTheBinding();
+        EXPECT_TRUE(peer.waitFor("text", 30, [](const nlohmann::json& event) {
+            return event["text"] == kPolished;
+        })) << (qt ? "Qt" : "GTK");
+        pause(1.5);  // the restore comes 1.2 s after the paste
+        EXPECT_EQ(clipboardNow(), before) << "every format is back";
+    }
+
+    // A terminal pastes with Ctrl+Shift+V; the compositor names it by its app id.
+    testing::TempDir out;
+    QProcess foot;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("WAYLAND_DISPLAY", QString::fromStdString(sway.socket()));
+    env.remove("DISPLAY");
+    foot.setProcessEnvironment(env);
+    foot.start("foot", {"--app-id=foot", "sh", "-c",
+                        QString::fromStdString("stty -icanon -echo; exec cat > " +
+                                               (out / "typed").string())});
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            return sway.message({"-t", "get_tree"}).find("\"app_id\": \"foot\"") !=
+                   std::string::npos;
+        },
+        10));
+    pause(0.5);
+    dictateThroughTheBinding();
+    EXPECT_TRUE(waitUntil([&] { return testing::readFile(out / "typed") == kPolished; }, 30))
+        << testing::readFile(out / "typed");
+
+    // The cancel binding ends a capture with nothing pasted.
+    const std::size_t started = captures();
+    sway.press({"ctrl"}, "F9");
+    ASSERT_TRUE(waitUntil([&] { return captures() > started; }, 10));
+    sway.press({"ctrl"}, "F10");
+    EXPECT_TRUE(waitForLog("cancelled (Esc)", 5));
+    pause(1.0);
+    EXPECT_EQ(testing::readFile(out / "typed"), kPolished);
+    foot.terminate();
+    foot.waitForFinished(5000);
+}
+
+}  // namespace
+}  // namespace tevra
