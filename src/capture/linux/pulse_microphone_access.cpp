@@ -20,12 +20,14 @@ MicrophoneAccess::Status PulseMicrophoneAccess::status() {
 MicrophoneAccess::Check PulseMicrophoneAccess::check() {
     PulseClient client("Tevra", server_);
     if (!client.connect(kAnswerTimeoutSeconds)) {
-        return {Status::denied, {},
+        return {Status::denied,
+                {},
                 "no sound server answers: start PulseAudio, or PipeWire with pipewire-pulse"};
     }
     const auto source = client.defaultSourceFormat(kAnswerTimeoutSeconds);
     if (!source || source->channels <= 0) {
-        return {Status::denied, {},
+        return {Status::denied,
+                {},
                 "the sound server has no input device: plug in a microphone or pick one in "
                 "your sound settings"};
     }
