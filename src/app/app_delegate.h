@@ -32,6 +32,8 @@
 #include "screen_text/focused_selection.h"
 #include "screen_text/screen_ocr.h"
 #include "screen_text/selection_capture_controller.h"
+#include "ui/onboarding_controllers.h"
+#include "ui/ui_state.h"
 #include "update/update_decision.h"
 #include "update/update_prompt.h"
 
@@ -82,6 +84,11 @@ struct AppServices {
     std::function<bool()> inputControlAvailable;
     // Brings the main window to the front; none until the program has one.
     std::function<void()> showMainWindow;
+    // What the window's model needs beyond the services above: the look, quitting.
+    UIServices ui;
+    // The windows of the first run; none: no wizard and no microphone window.
+    OnboardingWizardController::MakeWindow makeWizardWindow;
+    OnboardingController::MakeWindow makeMicrophoneWindow;
     LogLine log;
     // The update check, blocking (it runs on `work`): the feed's decision for
     // this version; and the offer of a newer one to the user. Either absent (a
@@ -178,6 +185,10 @@ public:
     const std::vector<std::string>& hotkeyNotices() const { return hotkeyNotices_; }
     bool isWatchingForAccessibility() const { return axWatch_.has_value(); }
     NotetakerController* notetaker() const { return notetaker_.get(); }
+    // The main window's model, made at start-up.
+    const std::shared_ptr<UIState>& uiState() const { return uiState_; }
+    OnboardingWizardController* wizard() const { return wizard_.get(); }
+    OnboardingController* onboarding() const { return onboarding_.get(); }
 
 private:
     explicit AppDelegate(AppServices services);
@@ -211,6 +222,9 @@ private:
     void startNotetaker();
     void notetakerChanged();
     void startPill();
+    void startUIState();
+    // The wizard on the first run, later the microphone window if it is needed.
+    void startOnboarding();
     // The pills, or while there are none, something that ignores every call.
     Pill& pills();
     // A history row clicked on a pill's card, put at the cursor again.
@@ -241,6 +255,9 @@ private:
     std::shared_ptr<Pill> pill_;
     std::shared_ptr<SelectionCaptureController> selection_;
     ClipboardStack clipQueue_{PasteMode::all};
+    std::shared_ptr<UIState> uiState_;
+    std::shared_ptr<OnboardingWizardController> wizard_;
+    std::shared_ptr<OnboardingController> onboarding_;
     std::shared_ptr<HotkeyBackend> hotkey_;
     std::optional<std::string> hotkeyName_;
     std::vector<std::string> hotkeyNotices_;

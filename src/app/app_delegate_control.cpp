@@ -33,6 +33,10 @@ bool AppDelegate::showSettingsWindow() {
         log("reopen \u2014 the main window is not available yet");
         return false;
     }
+    log("reopen \u2192 main window");
+    if (uiState_) {
+        uiState_->reload();
+    }
     services_.showMainWindow();
     return true;
 }

@@ -18,6 +18,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     }
     startupStep("notetaker");
     startNotetaker();
+    startupStep("UI state");
+    startUIState();
     services_.chime->setEnabled(runtime_->settings().soundCues);
     startupStep("crash reports");
     collectCrashReports();
@@ -43,6 +45,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     // appears.
     startupStep("pill");
     startPill();
+    // The wizard, or the microphone window, over the hotkeys that work already.
+    startupStep("onboarding");
+    startOnboarding();
     startupStep("hotkeys");
     startHotkeys();
     startupStep("update check");
@@ -90,6 +95,28 @@ void AppDelegate::startPill() {
     });
     if (pill_) {
         pill_->show();
+    }
+}
+
+void AppDelegate::startUIState() {
+    UIServices ui = services_.ui;
+    ui.queue = &queue_;
+    ui.notifications = services_.notifications;
+    ui.work = services_.work;
+    ui.microphone = services_.microphone;
+    ui.setChimeEnabled = [chime = services_.chime](bool on) { chime->setEnabled(on); };
+    uiState_ = std::make_shared<UIState>(*runtime_, notetaker_, std::move(ui));
+}
+
+void AppDelegate::startOnboarding() {
+    if (!runtime_->settings().onboarded) {
+        if (services_.makeWizardWindow) {
+            wizard_ = OnboardingWizardController::create(queue_, services_.makeWizardWindow);
+            wizard_->show(uiState_);
+        }
+    } else if (services_.makeMicrophoneWindow) {
+        onboarding_ = OnboardingController::create(*uiState_, services_.makeMicrophoneWindow);
+        onboarding_->showIfNeeded();
     }
 }
 

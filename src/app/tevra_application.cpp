@@ -36,6 +36,9 @@
 #include "pill/pill_manager.h"
 #include "pill/qt/hud_controller.h"
 #include "pill/qt/qt_pill_desktop.h"
+#include "ui/qt/main_window.h"
+#include "ui/qt/theme.h"
+#include "ui/qt/wizard_windows.h"
 #include "update/qt/qt_update_prompt.h"
 #include "update/update_checker.h"
 // Xlib last: its macros (None, Status) clash with Qt's names.
@@ -67,7 +70,14 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
     : session_(session),
       x_(std::move(x)),
       wayland_(std::move(wayland)),
-      tray_(x_ ? std::make_shared<TrayStatusItem>([] { QCoreApplication::quit(); }) : nullptr),
+      tray_(x_ ? std::make_shared<TrayStatusItem>(
+                     [this] {
+                         if (delegate_) {
+                             delegate_->showSettingsWindow();
+                         }
+                     },
+                     [] { QCoreApplication::quit(); })
+               : nullptr),
       work_(std::make_shared<WorkPool>(kPipelineThreads)) {
     auto focus = std::make_shared<AtspiFocus>();
     const bool onWayland = session_.kind == DesktopSession::Kind::wayland;
@@ -145,6 +155,18 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
     services.makeKeyboard = [this] { return makeKeyboard(); };
     services.inputControlAvailable = [this] { return inputControlAvailable(); };
     services.log = writeLog;
+    services.showMainWindow = [this] { showMainWindow(); };
+    services.ui.applyAppearance = [](const std::string& appearance) {
+        Theme::applyAppearance(appearance);
+    };
+    services.ui.quit = [] { QCoreApplication::quit(); };
+    services.makeWizardWindow = [](OnboardingWizard& wizard, std::function<void()> onClose) {
+        return std::make_unique<WizardWindow>(wizard, std::move(onClose));
+    };
+    services.makeMicrophoneWindow = [](OnboardingController& controller,
+                                       std::function<void()> onClose) {
+        return std::make_unique<MicrophoneWindow>(controller, std::move(onClose));
+    };
     if (Deployment::updateCheckEnabled) {
         services.checkForUpdate = [](const std::string& feed, const std::string& version) {
             return UpdateChecker::check(feed, version);
@@ -159,6 +181,7 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
 }
 
 TevraApplication::~TevraApplication() {
+    window_.reset();
     bus_.reset();
     settingsWatcher_.reset();
     delegate_.reset();
@@ -170,6 +193,7 @@ TevraApplication::~TevraApplication() {
 }
 
 void TevraApplication::launch() {
+    Theme::applyAppearance(WeftSettings::load(WeftSettings::defaultDir()).appearance);
     delegate_->applicationDidFinishLaunching();
     const WeftRuntime& runtime = *delegate_->runtime();
     Log::write("keys: " + runtime.keyStatusDescription() +
@@ -237,6 +261,18 @@ void TevraApplication::settingsFileChanged() {
     chime_->setEnabled(runtime->settings().soundCues);
     Log::write("settings changed");
     notifications_.post(weftSettingsChanged);
+}
+
+void TevraApplication::showMainWindow() {
+    const auto& state = delegate_->uiState();
+    if (!state) {
+        return;
+    }
+    if (!window_) {
+        window_ = std::make_unique<MainWindow>(
+            *state, [this, state] { showProfileEditor(window_.get(), *state); });
+    }
+    window_->present();
 }
 
 std::shared_ptr<NotetakerController> TevraApplication::makeNotetaker(WeftRuntime& runtime) {

@@ -19,6 +19,7 @@ class RemoteControl;
 class TevraBusService;
 class SettingsFileWatcher;
 class TrayStatusItem;
+class MainWindow;
 
 // The composition root of the desktop program: every platform service made
 // once, on the X display and the sound server of the session, and handed to
@@ -49,6 +50,8 @@ private:
     std::unique_ptr<DesktopKeyboard> makeKeyboard();
     bool inputControlAvailable();
     std::string talkKey() const;
+    // Makes the main window the first time, then brings it to the front.
+    void showMainWindow();
 
     DesktopSession session_;
     QtMainQueue queue_;
@@ -64,6 +67,7 @@ private:
     std::unique_ptr<SettingsFileWatcher> settingsWatcher_;
     std::shared_ptr<RemoteControl> control_;
     std::unique_ptr<TevraBusService> bus_;
+    std::unique_ptr<MainWindow> window_;
 };
 
 }  // namespace tevra

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 namespace tevra {
 
@@ -13,7 +14,17 @@ public:
 
     virtual ~MicrophoneAccess() = default;
 
+    // What a check found: the status, and in words for the user the input
+    // that will be recorded or what is missing.
+    struct Check {
+        Status status = Status::notDetermined;
+        std::string device;   // the input recorded from, where known
+        std::string problem;  // why it cannot record, where known
+    };
+
     virtual Status status() = 0;
+    // The status with the device or the problem; blocking like status().
+    virtual Check check() { return {status(), {}, {}}; }
     // Asks the user, where the system can; the answer may arrive on any thread.
     virtual void requestAccess(std::function<void(bool granted)> answer) = 0;
 };

@@ -66,6 +66,12 @@ void WeftRuntime::refreshKeys() {
     reload();
 }
 
+void WeftRuntime::useCredentials(ProviderKeys keys, std::optional<std::string> proxyToken) {
+    keys_ = std::move(keys);
+    proxyToken_ = std::move(proxyToken);
+    reload();
+}
+
 bool WeftRuntime::hasCloudSTT() const {
     if (proxyToken_ && !proxyToken_->empty()) {
         return true;

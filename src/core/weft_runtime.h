@@ -45,6 +45,8 @@ public:
     const std::shared_ptr<HistoryStore>& store() const { return store_; }
     const ProviderKeys& keys() const { return keys_; }
     const std::optional<std::string>& proxyToken() const { return proxyToken_; }
+    // The keyring the credentials come from; null when there is none.
+    const std::shared_ptr<SecretStore>& secrets() const { return secrets_; }
     std::shared_ptr<const Pipeline> pipeline() const { return pipeline_; }
     // What became of the history database at start when it did not simply
     // open, as a sentence for the log and the terminal: a damaged one moved
@@ -55,6 +57,8 @@ public:
     void reload();
     // Re-reads every credential, then reloads.
     void refreshKeys();
+    // Takes credentials read elsewhere (off the main thread, say), then reloads.
+    void useCredentials(ProviderKeys keys, std::optional<std::string> proxyToken);
 
     bool hasCloudSTT() const;
     // "fireworks: ✓  deepinfra: –  groq: ✓  openai: –"

@@ -9,9 +9,9 @@ using namespace tevra::testing;
 
 TEST_F(AppDelegateTest, StartUpBringsItsServicesUpInOrder) {
     launch();
-    EXPECT_THAT(steps,
-                ElementsAre("runtime", "notetaker", "crash reports", "status item",
-                            "settings observer", "microphone", "pill", "hotkeys", "update check"));
+    EXPECT_THAT(steps, ElementsAre("runtime", "notetaker", "UI state", "crash reports",
+                                   "status item", "settings observer", "microphone", "pill",
+                                   "onboarding", "hotkeys", "update check"));
     EXPECT_TRUE(statusItem->shown);
 }
 

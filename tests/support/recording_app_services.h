@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "app/status_item.h"
-#include "capture/microphone_access.h"
 #include "pill/hud.h"
 #include "pill/pill.h"
+#include "support/fake_microphone_access.h"
 #include "support/recording_capture.h"
 #include "update/update_prompt.h"
 
@@ -69,19 +69,6 @@ public:
                        std::function<void()> action) override {
         notesEntry = label + (enabled ? "" : " (disabled)");
         notesAction = std::move(action);
-    }
-};
-
-class FakeMicrophoneAccess : public MicrophoneAccess {
-public:
-    Status answer = Status::authorized;
-    bool grant = true;
-    int requests = 0;
-
-    Status status() override { return answer; }
-    void requestAccess(std::function<void(bool granted)> reply) override {
-        ++requests;
-        reply(grant);
     }
 };
 

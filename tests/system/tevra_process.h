@@ -29,10 +29,14 @@ public:
     QProcess& process() { return process_; }
 
     // Writes settings.json (with the relay's root) and starts tevra, waiting
-    // until it has brought up its hotkeys.
+    // until it has brought up its hotkeys. Unless the settings say otherwise,
+    // the user is past the first run, so that no wizard takes the focus.
     void start(nlohmann::json settings, const std::string& relayRoot,
                const std::map<QString, QString>& extraEnvironment = {}) {
         settings["proxyBaseURL"] = relayRoot;
+        if (!settings.contains("onboarded")) {
+            settings["onboarded"] = true;
+        }
         std::ofstream(dataDir() / "settings.json") << settings.dump();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("XDG_DATA_HOME", QString::fromStdString((home_ / "data").string()));

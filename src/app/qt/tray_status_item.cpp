@@ -6,7 +6,11 @@
 
 namespace tevra {
 
-TrayStatusItem::TrayStatusItem(std::function<void()> onQuit) {
+TrayStatusItem::TrayStatusItem(std::function<void()> onOpen, std::function<void()> onQuit)
+    : onOpen_(std::move(onOpen)) {
+    QAction* open = menu_.addAction(QStringLiteral("Open Tevra"));
+    QObject::connect(open, &QAction::triggered, [this] { activate(); });
+    menu_.addSeparator();
     notes_ = menu_.addAction(QStringLiteral("Start notes"));
     notes_->setVisible(false);
     QObject::connect(notes_, &QAction::triggered, [this] {
@@ -23,10 +27,22 @@ TrayStatusItem::TrayStatusItem(std::function<void()> onQuit) {
     });
     icon_.setIcon(drawIcon());
     icon_.setContextMenu(&menu_);
+    QObject::connect(
+        &icon_, &QSystemTrayIcon::activated, [this](QSystemTrayIcon::ActivationReason reason) {
+            if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick) {
+                activate();
+            }
+        });
 }
 
 void TrayStatusItem::show() {
     icon_.show();
+}
+
+void TrayStatusItem::activate() const {
+    if (onOpen_) {
+        onOpen_();
+    }
 }
 
 void TrayStatusItem::setToolTip(const std::string& text) {

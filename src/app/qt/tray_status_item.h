@@ -13,8 +13,8 @@ namespace tevra {
 // keys, and its menu holds what the program offers from there.
 class TrayStatusItem : public StatusItem {
 public:
-    // onQuit runs when the user picks "Quit Tevra".
-    explicit TrayStatusItem(std::function<void()> onQuit);
+    // onOpen runs on a click on the icon and on "Open Tevra"; onQuit on "Quit Tevra".
+    TrayStatusItem(std::function<void()> onOpen, std::function<void()> onQuit);
 
     void setToolTip(const std::string& text) override;
     void show() override;
@@ -22,11 +22,14 @@ public:
                        std::function<void()> action) override;
     QString toolTip() const { return icon_.toolTip(); }
     const QMenu& menu() const { return menu_; }
+    // What a click on the icon does.
+    void activate() const;
     // The icon, drawn here so that it looks the same under every icon theme.
     static QIcon drawIcon();
 
 private:
     QMenu menu_;
+    std::function<void()> onOpen_;
     QAction* notes_ = nullptr;  // hidden until the notetaker runs
     std::function<void()> notesAction_;
     QSystemTrayIcon icon_;

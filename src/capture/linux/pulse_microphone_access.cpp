@@ -14,12 +14,25 @@ PulseMicrophoneAccess::PulseMicrophoneAccess(std::optional<std::string> server)
     : server_(std::move(server)) {}
 
 MicrophoneAccess::Status PulseMicrophoneAccess::status() {
+    return check().status;
+}
+
+MicrophoneAccess::Check PulseMicrophoneAccess::check() {
     PulseClient client("Tevra", server_);
     if (!client.connect(kAnswerTimeoutSeconds)) {
-        return Status::denied;
+        return {Status::denied,
+                {},
+                "no sound server answers: start PulseAudio, or PipeWire with pipewire-pulse"};
     }
     const auto source = client.defaultSourceFormat(kAnswerTimeoutSeconds);
-    return source && source->channels > 0 ? Status::authorized : Status::denied;
+    if (!source || source->channels <= 0) {
+        return {Status::denied,
+                {},
+                "the sound server has no input device: plug in a microphone or pick one in "
+                "your sound settings"};
+    }
+    const auto defaults = client.serverDefaults(kAnswerTimeoutSeconds);
+    return {Status::authorized, defaults ? defaults->source : std::string(), {}};
 }
 
 void PulseMicrophoneAccess::requestAccess(std::function<void(bool granted)> answer) {

@@ -17,6 +17,8 @@ public:
     explicit PulseMicrophoneAccess(std::optional<std::string> server = {});
 
     Status status() override;
+    // Names the default input source, or says whether the server or the input is missing.
+    Check check() override;
     // Answers at once with what status() finds.
     void requestAccess(std::function<void(bool granted)> answer) override;
 

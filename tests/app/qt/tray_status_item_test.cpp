@@ -7,14 +7,21 @@
 namespace tevra {
 namespace {
 
-TEST(TrayStatusItem, ShowsTheVoicesInItsToolTipStartsNotesAndQuitsFromItsMenu) {
+TEST(TrayStatusItem, ShowsTheVoicesInItsToolTipOpensTheWindowStartsNotesAndQuits) {
     int quits = 0;
-    TrayStatusItem tray([&] { ++quits; });
+    int opens = 0;
+    TrayStatusItem tray([&] { ++opens; }, [&] { ++quits; });
     tray.setToolTip("Tevra \u2014 Fn Dictate \u00b7 Fn 2 Email");
     EXPECT_EQ(tray.toolTip(), QString::fromUtf8("Tevra \u2014 Fn Dictate \u00b7 Fn 2 Email"));
 
-    const auto actions = tray.menu().actions();
-    ASSERT_EQ(actions.size(), 3);
+    auto actions = tray.menu().actions();
+    ASSERT_EQ(actions.size(), 5);
+    // "Open Tevra" and a click on the icon both open the window.
+    EXPECT_EQ(actions[0]->text(), "Open Tevra");
+    actions[0]->trigger();
+    tray.activate();
+    EXPECT_EQ(opens, 2);
+    actions.erase(actions.begin(), actions.begin() + 2);
     EXPECT_FALSE(actions[0]->isVisible()) << "no notetaker, no entry";
     int notes = 0;
     tray.setNotesEntry("Stop notes", true, [&] { ++notes; });

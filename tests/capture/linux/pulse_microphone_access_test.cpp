@@ -21,12 +21,18 @@ TEST(PulseMicrophoneAccess, AServerWithAnInputIsAuthorizedAndAnythingLessDenied)
     access.requestAccess([&](bool answer) { granted = answer; });
     EXPECT_TRUE(granted);
 
+    EXPECT_FALSE(access.check().device.empty());
+
+    // What is missing is said, for the microphone step of the first run.
     PulseTestServer withoutDevices(PulseTestServer::Microphone::none);
-    EXPECT_EQ(PulseMicrophoneAccess(withoutDevices.address()).status(), Status::denied);
+    const auto noInput = PulseMicrophoneAccess(withoutDevices.address()).check();
+    EXPECT_EQ(noInput.status, Status::denied);
+    EXPECT_NE(noInput.problem.find("no input device"), std::string::npos) << noInput.problem;
 
     testing::TempDir nowhere;
-    EXPECT_EQ(PulseMicrophoneAccess("unix:" + (nowhere / "native").string()).status(),
-              Status::denied);
+    const auto noServer = PulseMicrophoneAccess("unix:" + (nowhere / "native").string()).check();
+    EXPECT_EQ(noServer.status, Status::denied);
+    EXPECT_NE(noServer.problem.find("no sound server"), std::string::npos) << noServer.problem;
 }
 
 }  // namespace
