@@ -356,6 +356,9 @@ void AppDelegate::deliver(const Outcome& outcome) {
         }
         services_.chime->processingFinished();
         pills().reload();
+        if (uiState_) {
+            uiState_->reload();  // an open window shows the new row
+        }
         return;
     }
     pills().error();

@@ -281,6 +281,12 @@ void AppDelegate::recordSelection(const std::string& raw, const std::string& pol
         store->add(row);
     }
     pills().reload();
+    std::weak_ptr<AppDelegate> weak = weak_from_this();
+    queue_.post([weak] {
+        if (auto self = weak.lock(); self && self->uiState_) {
+            self->uiState_->reload();
+        }
+    });
 }
 
 }  // namespace tevra
