@@ -250,13 +250,12 @@ std::string largeImage() {
     return bytes.toStdString();
 }
 
-void BM_ReleaseToPasteWithALargeImageCopied(benchmark::State& state) {
-    const std::string png = largeImage();
-    testing::ClipboardOwnerProcess owner({{"text/plain", "an earlier copy"}, {"image/png", png}});
-    testing::PeerProcess target({.title = "Paste target"});
-    target.activate();
-    auto recorder = std::make_shared<testing::RecordingAudioRecorder>();
-    Desk desk([&](MainQueue&) { return recorder; }, state.range(0) == 1);
+// Two seconds of a tone spoken, the key let go, until the paste keystroke
+// leaves; then the restore, before the next round. With target, each round
+// also waits for the text to arrive there.
+void measureReleaseToPaste(benchmark::State& state, Desk& desk,
+                           testing::RecordingAudioRecorder& recorder,
+                           testing::PeerProcess* target = nullptr) {
     AudioRecorder::Samples speech(2 * AudioRecorder::sampleRate);
     for (std::size_t i = 0; i < speech.size(); ++i) {
         speech[i] = static_cast<int16_t>(6000 * std::sin(2 * M_PI * 220.0 * i / 16000.0));
@@ -264,8 +263,8 @@ void BM_ReleaseToPasteWithALargeImageCopied(benchmark::State& state) {
     for (auto _ : state) {
         desk.keys->posted.reset();
         desk.app->startSlot(0);
-        recorder->recording = speech;
-        testing::waitUntil([] { return false; }, 2.0);  // two seconds of speech
+        recorder.recording = speech;
+        testing::waitUntil([] { return false; }, 2.0);
         const auto released = Clock::now();
         desk.app->finishCapture();
         if (!testing::waitUntil([&] { return desk.keys->posted.has_value(); }, 10)) {
@@ -274,9 +273,22 @@ void BM_ReleaseToPasteWithALargeImageCopied(benchmark::State& state) {
         }
         state.SetIterationTime(
             std::chrono::duration<double>(*desk.keys->posted - released).count());
-        // The restore puts the image back before the next round.
+        if (target && !target->waitFor("text", 5)) {
+            state.SkipWithError("the target window got no text");
+            break;
+        }
         testing::waitUntil([] { return false; }, TextInserter::restoreDelaySec + 0.3);
     }
+}
+
+void BM_ReleaseToPasteWithALargeImageCopied(benchmark::State& state) {
+    const std::string png = largeImage();
+    testing::ClipboardOwnerProcess owner({{"text/plain", "an earlier copy"}, {"image/png", png}});
+    testing::PeerProcess target({.title = "Paste target"});
+    target.activate();
+    auto recorder = std::make_shared<testing::RecordingAudioRecorder>();
+    Desk desk([&](MainQueue&) { return recorder; }, state.range(0) == 1);
+    measureReleaseToPaste(state, desk, *recorder);
     state.counters["image_MB"] = static_cast<double>(png.size()) / 1e6;
     state.SetLabel(state.range(0) == 1 ? "read while speaking" : "read at the paste (before)");
 }
@@ -320,29 +332,7 @@ void BM_ReleaseToPasteOnSway(benchmark::State& state) {
         [&](MainQueue&) { return recorder; }, true,
         [&](MainQueue& queue) { return DataControlClipboard::create(queue, tevraConnection); },
         injector);
-    AudioRecorder::Samples speech(2 * AudioRecorder::sampleRate);
-    for (std::size_t i = 0; i < speech.size(); ++i) {
-        speech[i] = static_cast<int16_t>(6000 * std::sin(2 * M_PI * 220.0 * i / 16000.0));
-    }
-    for (auto _ : state) {
-        desk.keys->posted.reset();
-        desk.app->startSlot(0);
-        recorder->recording = speech;
-        testing::waitUntil([] { return false; }, 2.0);
-        const auto released = Clock::now();
-        desk.app->finishCapture();
-        if (!testing::waitUntil([&] { return desk.keys->posted.has_value(); }, 10)) {
-            state.SkipWithError("no paste keystroke");
-            break;
-        }
-        state.SetIterationTime(
-            std::chrono::duration<double>(*desk.keys->posted - released).count());
-        if (!target.waitFor("text", 5)) {
-            state.SkipWithError("the GTK window got no text");
-            break;
-        }
-        testing::waitUntil([] { return false; }, TextInserter::restoreDelaySec + 0.3);
-    }
+    measureReleaseToPaste(state, desk, *recorder, &target);
     state.counters["image_MB"] = static_cast<double>(png.size()) / 1e6;
 }
 BENCHMARK(BM_ReleaseToPasteOnSway)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
@@ -379,26 +369,7 @@ void BM_ReleaseToPasteOnKwin(benchmark::State& state) {
         [&](MainQueue&) { return recorder; }, true,
         [&](MainQueue& queue) { return DataControlClipboard::create(queue, tevraConnection); },
         portal);
-    AudioRecorder::Samples speech(2 * AudioRecorder::sampleRate, 3000);
-    for (auto _ : state) {
-        desk.keys->posted.reset();
-        desk.app->startSlot(0);
-        recorder->recording = speech;
-        testing::waitUntil([] { return false; }, 2.0);
-        const auto released = Clock::now();
-        desk.app->finishCapture();
-        if (!testing::waitUntil([&] { return desk.keys->posted.has_value(); }, 10)) {
-            state.SkipWithError("no paste keystroke");
-            break;
-        }
-        state.SetIterationTime(
-            std::chrono::duration<double>(*desk.keys->posted - released).count());
-        if (!target.waitFor("text", 5)) {
-            state.SkipWithError("the GTK window got no text");
-            break;
-        }
-        testing::waitUntil([] { return false; }, TextInserter::restoreDelaySec + 0.3);
-    }
+    measureReleaseToPaste(state, desk, *recorder, &target);
 }
 BENCHMARK(BM_ReleaseToPasteOnKwin)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 

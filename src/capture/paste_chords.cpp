@@ -66,4 +66,42 @@ PasteChord pasteChordFor(std::string_view applicationName) {
     return PasteChord::ctrlV;
 }
 
+std::optional<KeySequence> pasteStrokes(PasteChord chord, const ChordKeyCodes& keys) {
+    const unsigned control = keys.control;
+    const unsigned shift = keys.shift;
+    switch (chord) {
+        case PasteChord::ctrlV:
+            if (control == 0 || keys.v == 0) {
+                return std::nullopt;
+            }
+            return KeySequence{{control, true}, {keys.v, true}, {keys.v, false}, {control, false}};
+        case PasteChord::ctrlShiftV:
+            if (control == 0 || shift == 0 || keys.v == 0) {
+                return std::nullopt;
+            }
+            return KeySequence{{control, true}, {shift, true},  {keys.v, true},
+                               {keys.v, false}, {shift, false}, {control, false}};
+        case PasteChord::shiftInsertPrimary:
+            if (shift == 0 || keys.insert == 0) {
+                return std::nullopt;
+            }
+            return KeySequence{
+                {shift, true}, {keys.insert, true}, {keys.insert, false}, {shift, false}};
+    }
+    return std::nullopt;
+}
+
+std::optional<KeySequence> copyStrokes(PasteChord chord, const ChordKeyCodes& keys) {
+    const unsigned control = keys.control;
+    const unsigned shift = keys.shift;
+    if (control == 0 || shift == 0 || keys.c == 0) {
+        return std::nullopt;
+    }
+    if (chord == PasteChord::ctrlV) {
+        return KeySequence{{control, true}, {keys.c, true}, {keys.c, false}, {control, false}};
+    }
+    return KeySequence{{control, true}, {shift, true},  {keys.c, true},
+                       {keys.c, false}, {shift, false}, {control, false}};
+}
+
 }  // namespace tevra

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
+
+#include "capture/key_injector.h"
 
 namespace tevra {
 
@@ -16,5 +19,19 @@ enum class PasteChord {
 // instance or class, or a Wayland app id. Case does not matter; everything
 // not in the table pastes with Ctrl+V.
 PasteChord pasteChordFor(std::string_view applicationName);
+
+// The key codes a keyboard gives the chords' keys; 0 where it has none.
+struct ChordKeyCodes {
+    unsigned control = 0;
+    unsigned shift = 0;
+    unsigned v = 0;
+    unsigned c = 0;
+    unsigned insert = 0;
+};
+// The strokes of the paste chord; nullopt when the keyboard lacks a key of it.
+std::optional<KeySequence> pasteStrokes(PasteChord chord, const ChordKeyCodes& keys);
+// Ctrl+C, or Ctrl+Shift+C where the paste chord is not Ctrl+V (terminals and
+// the like); nullopt when the keyboard lacks a key of it.
+std::optional<KeySequence> copyStrokes(PasteChord chord, const ChordKeyCodes& keys);
 
 }  // namespace tevra

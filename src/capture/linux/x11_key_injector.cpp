@@ -96,54 +96,25 @@ bool X11KeyInjector::modifiersHeld() {
     return false;
 }
 
+ChordKeyCodes X11KeyInjector::chordKeys() const {
+    Display* display = x_->display();
+    return {XKeysymToKeycode(display, XK_Control_L), XKeysymToKeycode(display, XK_Shift_L),
+            XKeysymToKeycode(display, XK_v), XKeysymToKeycode(display, XK_c),
+            XKeysymToKeycode(display, XK_Insert)};
+}
+
 std::optional<KeySequence> X11KeyInjector::pasteSequence() {
     if (!x_) {
         return std::nullopt;
     }
-    Display* display = x_->display();
-    const unsigned control = XKeysymToKeycode(display, XK_Control_L);
-    const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
-    const unsigned v = XKeysymToKeycode(display, XK_v);
-    const unsigned insert = XKeysymToKeycode(display, XK_Insert);
-    switch (activeChord()) {
-        case PasteChord::ctrlV:
-            if (control == 0 || v == 0) {
-                return std::nullopt;
-            }
-            return KeySequence{{control, true}, {v, true}, {v, false}, {control, false}};
-        case PasteChord::ctrlShiftV:
-            if (control == 0 || shift == 0 || v == 0) {
-                return std::nullopt;
-            }
-            return KeySequence{{control, true}, {shift, true},  {v, true},
-                               {v, false},      {shift, false}, {control, false}};
-        case PasteChord::shiftInsertPrimary:
-            if (shift == 0 || insert == 0) {
-                return std::nullopt;
-            }
-            return KeySequence{{shift, true}, {insert, true}, {insert, false}, {shift, false}};
-    }
-    return std::nullopt;
+    return pasteStrokes(activeChord(), chordKeys());
 }
 
 std::optional<KeySequence> X11KeyInjector::copySequence() {
     if (!x_) {
         return std::nullopt;
     }
-    Display* display = x_->display();
-    const unsigned control = XKeysymToKeycode(display, XK_Control_L);
-    const unsigned shift = XKeysymToKeycode(display, XK_Shift_L);
-    const unsigned c = XKeysymToKeycode(display, XK_c);
-    if (control == 0 || shift == 0 || c == 0) {
-        return std::nullopt;
-    }
-    if (activeChord() == PasteChord::ctrlV) {
-        return KeySequence{{control, true}, {c, true}, {c, false}, {control, false}};
-    }
-    // Terminals and the other applications with their own paste keys.
-    KeySequence sequence{{control, true}, {shift, true},  {c, true},
-                         {c, false},      {shift, false}, {control, false}};
-    return sequence;
+    return copyStrokes(activeChord(), chordKeys());
 }
 
 void X11KeyInjector::post(const KeySequence& events) {

@@ -31,6 +31,7 @@ public:
 
 private:
     PasteChord activeChord() const;
+    ChordKeyCodes chordKeys() const;
 
     std::shared_ptr<X11Connection> x_;
     std::shared_ptr<XSyntheticKeys> syntheticKeys_;

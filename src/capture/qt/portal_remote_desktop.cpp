@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "base/atomic_file.h"
+#include "capture/paste_chords.h"
 #include "capture/qt/portal_request.h"
 
 namespace tevra {
@@ -17,9 +18,11 @@ namespace {
 // The keys of the chords, as the kernel numbers them (evdev), plus the eight
 // by which X and XKB number them higher, as KeyStroke does.
 constexpr unsigned kXOffset = 8;
-constexpr unsigned kLeftCtrl = 29 + kXOffset;
-constexpr unsigned kV = 47 + kXOffset;
-constexpr unsigned kC = 46 + kXOffset;
+constexpr ChordKeyCodes kChordKeys = {.control = 29 + kXOffset,
+                                      .shift = 42 + kXOffset,
+                                      .v = 47 + kXOffset,
+                                      .c = 46 + kXOffset,
+                                      .insert = 110 + kXOffset};
 
 constexpr uint kKeyboard = 1;
 constexpr uint kPersistUntilRevoked = 2;
@@ -110,14 +113,14 @@ std::optional<KeySequence> PortalRemoteDesktop::pasteSequence() {
     if (!isAvailable()) {
         return std::nullopt;
     }
-    return KeySequence{{kLeftCtrl, true}, {kV, true}, {kV, false}, {kLeftCtrl, false}};
+    return pasteStrokes(PasteChord::ctrlV, kChordKeys);
 }
 
 std::optional<KeySequence> PortalRemoteDesktop::copySequence() {
     if (!isAvailable()) {
         return std::nullopt;
     }
-    return KeySequence{{kLeftCtrl, true}, {kC, true}, {kC, false}, {kLeftCtrl, false}};
+    return copyStrokes(PasteChord::ctrlV, kChordKeys);
 }
 
 void PortalRemoteDesktop::post(const KeySequence& events) {

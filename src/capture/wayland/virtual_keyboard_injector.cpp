@@ -26,6 +26,11 @@ struct VirtualKeyboardInjector::State {
         xkb_context_unref(context);
     }
 
+    ChordKeyCodes chordKeys() const {
+        return {keycodeOf(XKB_KEY_Control_L), keycodeOf(XKB_KEY_Shift_L), keycodeOf(XKB_KEY_v),
+                keycodeOf(XKB_KEY_c), keycodeOf(XKB_KEY_Insert)};
+    }
+
     // The first key code that gives keysym without Shift or another level.
     unsigned keycodeOf(xkb_keysym_t keysym) const {
         const xkb_keycode_t min = xkb_keymap_min_keycode(keymap);
@@ -166,48 +171,14 @@ std::optional<KeySequence> VirtualKeyboardInjector::pasteSequence() {
     if (!isAvailable()) {
         return std::nullopt;
     }
-    const State& state = *state_;
-    const unsigned control = state.keycodeOf(XKB_KEY_Control_L);
-    const unsigned shift = state.keycodeOf(XKB_KEY_Shift_L);
-    const unsigned v = state.keycodeOf(XKB_KEY_v);
-    const unsigned insert = state.keycodeOf(XKB_KEY_Insert);
-    switch (activeChord(toplevels_)) {
-        case PasteChord::ctrlV:
-            if (control == 0 || v == 0) {
-                return std::nullopt;
-            }
-            return KeySequence{{control, true}, {v, true}, {v, false}, {control, false}};
-        case PasteChord::ctrlShiftV:
-            if (control == 0 || shift == 0 || v == 0) {
-                return std::nullopt;
-            }
-            return KeySequence{{control, true}, {shift, true},  {v, true},
-                               {v, false},      {shift, false}, {control, false}};
-        case PasteChord::shiftInsertPrimary:
-            if (shift == 0 || insert == 0) {
-                return std::nullopt;
-            }
-            return KeySequence{{shift, true}, {insert, true}, {insert, false}, {shift, false}};
-    }
-    return std::nullopt;
+    return pasteStrokes(activeChord(toplevels_), state_->chordKeys());
 }
 
 std::optional<KeySequence> VirtualKeyboardInjector::copySequence() {
     if (!isAvailable()) {
         return std::nullopt;
     }
-    const State& state = *state_;
-    const unsigned control = state.keycodeOf(XKB_KEY_Control_L);
-    const unsigned shift = state.keycodeOf(XKB_KEY_Shift_L);
-    const unsigned c = state.keycodeOf(XKB_KEY_c);
-    if (control == 0 || shift == 0 || c == 0) {
-        return std::nullopt;
-    }
-    if (activeChord(toplevels_) == PasteChord::ctrlV) {
-        return KeySequence{{control, true}, {c, true}, {c, false}, {control, false}};
-    }
-    return KeySequence{{control, true}, {shift, true},  {c, true},
-                       {c, false},      {shift, false}, {control, false}};
+    return copyStrokes(activeChord(toplevels_), state_->chordKeys());
 }
 
 void VirtualKeyboardInjector::post(const KeySequence& events) {
