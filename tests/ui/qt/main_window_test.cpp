@@ -5,10 +5,13 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QKeyEvent>
+#include <QListWidget>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <algorithm>
+#include <set>
 
 #include "ui/qt/settings_view.h"
 #include "ui/qt/wizard_windows.h"
@@ -181,6 +184,49 @@ void fill(HistoryStore& store) {
                       .evidence = "Yes, I'll send it Thursday."},
                      {.kind = CaptureKind::event, .title = "Review", .dueISO = "2026-12-01"}};
     store.saveSession(session);
+}
+
+TEST(MainWindow, TheKeyboardReachesEveryPageAndEveryControlHasAName) {
+    WindowHarness h;
+    fill(*h.state->store());
+    h.state->reload();
+    MainWindow& window = h.window();
+    window.show();
+    QApplication::setActiveWindow(&window);
+    QApplication::processEvents();
+    auto* sections = h.find<QListWidget>("Sections");
+    ASSERT_NE(sections, nullptr);
+    sections->setCurrentRow(0);
+    std::set<std::string> unnamed;
+    for (int row = 0; row < sections->count(); ++row) {
+        sections->setFocus();
+        if (row > 0) {
+            QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+            QApplication::sendEvent(sections, &down);
+            QApplication::processEvents();
+        }
+        ASSERT_EQ(sections->currentRow(), row);
+        const TevraSection section = TevraSections::all[static_cast<std::size_t>(row)];
+        EXPECT_TRUE(window.page(section)->isVisible()) << TevraSections::title(section);
+        // Tab goes round the page's controls and back to the sections.
+        int reached = 0;
+        for (int step = 0; step < 300; ++step) {
+            QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
+            QApplication::sendEvent(QApplication::focusWidget(), &tab);
+            QWidget* now = QApplication::focusWidget();
+            if (now == sections || now == nullptr) {
+                break;
+            }
+            ++reached;
+            if (now->accessibleName().isEmpty()) {
+                unnamed.insert(std::string(TevraSections::title(section)) + ": " +
+                               now->metaObject()->className() + " \"" +
+                               now->property("text").toString().toStdString() + "\"");
+            }
+        }
+        EXPECT_GT(reached, 0) << TevraSections::title(section) << " has nothing to reach";
+    }
+    EXPECT_TRUE(unnamed.empty()) << ::testing::PrintToString(unnamed);
 }
 
 TEST(MainWindow, EveryPageAndWizardStepDrawnLightAndDark) {

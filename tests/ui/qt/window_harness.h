@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QPixmap>
 #include <QLineEdit>
 #include <QWidget>
 #include <memory>
@@ -84,11 +85,16 @@ struct WindowHarness {
         QApplication::processEvents();
         return true;
     }
-    // The window as drawn now, into the build's screenshots folder.
+    // The window as drawn now, into the build's screenshots folder: as on a
+    // common screen, and as on a screen at twice the density (name@2x).
     QString screenshot(const QString& name, QWidget* widget = nullptr) {
         QWidget* target = widget ? widget : &window();
         target->show();
         QApplication::processEvents();
+        QPixmap dense(target->size() * 2);
+        dense.setDevicePixelRatio(2);
+        target->render(&dense);
+        saveScreenshot(name + "@2x", dense.toImage());
         return saveScreenshot(name, target->grab().toImage());
     }
 
