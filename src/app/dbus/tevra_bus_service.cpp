@@ -13,9 +13,9 @@ TevraBusService::Claim TevraBusService::claimName() {
     if (!bus.isConnected() || !bus.interface()) {
         return Claim::noBus;
     }
-    const auto reply = bus.interface()->registerService(
-        serviceName, QDBusConnectionInterface::DontQueueService,
-        QDBusConnectionInterface::DontAllowReplacement);
+    const auto reply =
+        bus.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
+                                         QDBusConnectionInterface::DontAllowReplacement);
     if (!reply.isValid()) {
         return Claim::noBus;
     }
@@ -30,8 +30,8 @@ bool TevraBusService::askRunningToShowWindow(std::string& refusal) {
     QElapsedTimer waited;
     waited.start();
     for (;;) {
-        QDBusMessage call = QDBusMessage::createMethodCall(serviceName, objectPath,
-                                                           interfaceName, "ShowWindow");
+        QDBusMessage call =
+            QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, "ShowWindow");
         const QDBusMessage reply = bus.call(call, QDBus::Block, 5000);
         if (reply.type() == QDBusMessage::ReplyMessage) {
             return true;
@@ -52,10 +52,10 @@ TevraBusService::TevraBusService(std::shared_ptr<RemoteControl> control, QObject
     : QObject(parent), control_(std::move(control)), lastState_(state()) {}
 
 bool TevraBusService::publish() {
-    return QDBusConnection::sessionBus().registerObject(
-        objectPath, this,
-        QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties |
-            QDBusConnection::ExportAllSignals);
+    return QDBusConnection::sessionBus().registerObject(objectPath, this,
+                                                        QDBusConnection::ExportAllSlots |
+                                                            QDBusConnection::ExportAllProperties |
+                                                            QDBusConnection::ExportAllSignals);
 }
 
 QString TevraBusService::state() const {

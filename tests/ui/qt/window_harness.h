@@ -2,8 +2,8 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QPixmap>
 #include <QLineEdit>
+#include <QPixmap>
 #include <QWidget>
 #include <memory>
 #include <optional>
