@@ -299,6 +299,27 @@ BENCHMARK(BM_ReleaseToPasteWithALargeImageCopied)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(5);
 
+// A GTK window on the compositor at socket as the paste's target, and the
+// measure with Tevra's clipboard through data control and the given keys.
+void measureOnWayland(benchmark::State& state, const std::string& socket,
+                      const std::shared_ptr<WaylandConnection>& tevraConnection,
+                      std::shared_ptr<KeyInjector> keys) {
+    testing::PeerProcess target(
+        {.title = "Paste target",
+         .environment = {
+             {"WAYLAND_DISPLAY", socket}, {"DISPLAY", std::nullopt}, {"GDK_BACKEND", "wayland"}}});
+    if (!target.waitFor("ready", 20)) {
+        state.SkipWithError("the GTK window did not come up");
+        return;
+    }
+    auto recorder = std::make_shared<testing::RecordingAudioRecorder>();
+    Desk desk(
+        [&](MainQueue&) { return recorder; }, true,
+        [&](MainQueue& queue) { return DataControlClipboard::create(queue, tevraConnection); },
+        std::move(keys));
+    measureReleaseToPaste(state, desk, *recorder, &target);
+}
+
 // The same on a headless sway: the clipboard through data control (a large
 // image copied by another client), the chord through the virtual keyboard,
 // into a GTK window.
@@ -319,20 +340,7 @@ void BM_ReleaseToPasteOnSway(benchmark::State& state) {
     }
     const std::string png = largeImage();
     owner->restore({ClipboardData{{{"text/plain", "an earlier copy"}, {"image/png", png}}}});
-    testing::PeerProcess target({.title = "Paste target",
-                                 .environment = {{"WAYLAND_DISPLAY", sway.socket()},
-                                                 {"DISPLAY", std::nullopt},
-                                                 {"GDK_BACKEND", "wayland"}}});
-    if (!target.waitFor("ready", 20)) {
-        state.SkipWithError("the GTK window did not come up on sway");
-        return;
-    }
-    auto recorder = std::make_shared<testing::RecordingAudioRecorder>();
-    Desk desk(
-        [&](MainQueue&) { return recorder; }, true,
-        [&](MainQueue& queue) { return DataControlClipboard::create(queue, tevraConnection); },
-        injector);
-    measureReleaseToPaste(state, desk, *recorder, &target);
+    measureOnWayland(state, sway.socket(), tevraConnection, injector);
     state.counters["image_MB"] = static_cast<double>(png.size()) / 1e6;
 }
 BENCHMARK(BM_ReleaseToPasteOnSway)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
@@ -356,20 +364,7 @@ void BM_ReleaseToPasteOnKwin(benchmark::State& state) {
         state.SkipWithError("the portal granted no keyboard");
         return;
     }
-    testing::PeerProcess target({.title = "Paste target",
-                                 .environment = {{"WAYLAND_DISPLAY", kwin.socket()},
-                                                 {"DISPLAY", std::nullopt},
-                                                 {"GDK_BACKEND", "wayland"}}});
-    if (!target.waitFor("ready", 20)) {
-        state.SkipWithError("the GTK window did not come up on KWin");
-        return;
-    }
-    auto recorder = std::make_shared<testing::RecordingAudioRecorder>();
-    Desk desk(
-        [&](MainQueue&) { return recorder; }, true,
-        [&](MainQueue& queue) { return DataControlClipboard::create(queue, tevraConnection); },
-        portal);
-    measureReleaseToPaste(state, desk, *recorder, &target);
+    measureOnWayland(state, kwin.socket(), tevraConnection, portal);
 }
 BENCHMARK(BM_ReleaseToPasteOnKwin)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
