@@ -72,7 +72,8 @@ struct AppServices {
     std::function<std::unique_ptr<DesktopKeyboard>()> makeKeyboard;
     // Where no program may watch the keyboard (Wayland): the one backend the
     // session offers, used instead of the talk key and the Alt keys.
-    std::function<std::shared_ptr<HotkeyBackend>()> makeSessionHotkeys;
+    std::function<std::shared_ptr<HotkeyBackend>(const std::vector<std::string>& voiceNames)>
+        makeSessionHotkeys;
     // The notetaker, made at start-up on the runtime; none: no notetaker.
     std::function<std::shared_ptr<NotetakerController>(WeftRuntime&)> makeNotetaker;
     // The pills, made at start-up on the runtime with what pastes a history
@@ -237,7 +238,7 @@ private:
     void watchForAccessibilityGrant();
     std::shared_ptr<HotkeyBackend> makeOptionMonitor(int slotCount);
     // The session's own way in, where the keyboard cannot be watched.
-    void startSessionHotkeys(std::size_t modeCount);
+    void startSessionHotkeys(const std::vector<Mode>& modes);
     void log(const std::string& line) const;
     void captureStateMayHaveChanged();
     // One line in the log as each step of the start comes.

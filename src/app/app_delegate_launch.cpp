@@ -156,7 +156,7 @@ void AppDelegate::startHotkeys() {
     }
 
     if (services_.makeSessionHotkeys) {
-        startSessionHotkeys(modes.size());
+        startSessionHotkeys(modes);
         return;
     }
     const int slotCount = modes.empty() ? 1 : static_cast<int>(modes.size());
@@ -211,16 +211,20 @@ void AppDelegate::startHotkeys() {
     }
 }
 
-void AppDelegate::startSessionHotkeys(std::size_t modeCount) {
-    hotkey_ = services_.makeSessionHotkeys();
+void AppDelegate::startSessionHotkeys(const std::vector<Mode>& modes) {
+    std::vector<std::string> voiceNames;
+    for (const Mode& mode : modes) {
+        voiceNames.push_back(mode.name);
+    }
+    hotkey_ = services_.makeSessionHotkeys(voiceNames);
     wireHotkeyCallbacks(*hotkey_);
     hotkeyName_ = hotkey_->start();
     hotkeyNotices_.clear();
     if (recording_) {
         hotkey_->enableCancelKey();
     }
-    log("hotkeys: " + std::to_string(modeCount) + " modes, scheme=" + runtime_->settings().hotkey +
-        ", " + hotkeyName_.value_or("FAILED") +
+    log("hotkeys: " + std::to_string(modes.size()) +
+        " modes, scheme=" + runtime_->settings().hotkey + ", " + hotkeyName_.value_or("FAILED") +
         ", autopaste=" + (services_.inserter->canAutoPaste() ? "true" : "false"));
 }
 

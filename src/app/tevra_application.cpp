@@ -20,10 +20,12 @@
 #include "capture/linux/x11_secure_input.h"
 #include "capture/microphone_recorder.h"
 #include "capture/no_key_injector.h"
+#include "capture/qt/portal_global_shortcuts.h"
 #include "capture/qt/portal_remote_desktop.h"
 #include "capture/qt/qt_clipboard.h"
 #include "capture/qt/qt_sound_cues.h"
 #include "capture/session_bus_hotkeys.h"
+#include "capture/shortcut_hotkeys.h"
 #include "capture/wayland/data_control_clipboard.h"
 #include "capture/wayland/virtual_keyboard_injector.h"
 #include "capture/wayland/wayland_focus_probe.h"
@@ -108,7 +110,17 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
             keys = portal;
         }
         focusProbe = std::make_shared<WaylandFocusProbe>(toplevels, focus);
-        services.makeSessionHotkeys = [] { return std::make_shared<SessionBusHotkeys>(); };
+        if (session_.keys == DesktopSession::Keys::globalShortcutsPortal) {
+            services.makeSessionHotkeys = [this](const std::vector<std::string>& voiceNames) {
+                return std::make_shared<ShortcutHotkeys>(
+                    std::make_unique<PortalGlobalShortcuts>(queue_, writeLog), voiceNames,
+                    writeLog);
+            };
+        } else {
+            services.makeSessionHotkeys = [](const std::vector<std::string>&) {
+                return std::make_shared<SessionBusHotkeys>();
+            };
+        }
     } else {
         keys = std::make_shared<X11KeyInjector>(x_, syntheticKeys_);
         focusProbe = std::make_shared<X11FocusProbe>(x_, focus);
@@ -223,6 +235,11 @@ void TevraApplication::greet() const {
     const std::string log = (runtime.dataDir() / "tevra.log").string();
     if (!name) {
         std::printf("Tevra is running, but no hotkey could be registered. Log: %s\n", log.c_str());
+    } else if (session_.keys == DesktopSession::Keys::globalShortcutsPortal) {
+        std::printf(
+            "Tevra is running: hold Alt+1 anywhere (or the key your desktop's shortcut settings "
+            "give \"Talk key\"), speak, let go. Log: %s\n",
+            log.c_str());
     } else if (session_.keys == DesktopSession::Keys::sessionBus) {
         std::printf(
             "Tevra is running: bind `tevractl record toggle` to a shortcut of your desktop "

@@ -47,7 +47,14 @@ DesktopSession DesktopSession::detect(const std::function<const char*(const char
     session.kind = Kind::wayland;
     session.family = familyOf(env("XDG_CURRENT_DESKTOP"), globals);
     session.xwayland = set(env("DISPLAY"));
-    session.keys = Keys::sessionBus;
+    // The desktops whose portal has Global Shortcuts; on the others, and on
+    // GNOME before 48, the user binds tevractl by hand.
+    const std::string desktops =
+        text::lowercase(env("XDG_CURRENT_DESKTOP") ? env("XDG_CURRENT_DESKTOP") : "");
+    session.keys = session.family == Family::kde || session.family == Family::gnome ||
+                           desktops.find("hyprland") != std::string::npos
+                       ? Keys::globalShortcutsPortal
+                       : Keys::sessionBus;
     if (has(globals, "zwp_virtual_keyboard_manager_v1")) {
         session.paste = Paste::virtualKeyboard;
     } else if (session.family == Family::kde || session.family == Family::gnome) {
@@ -75,6 +82,9 @@ std::string DesktopSession::pathsDescription() const {
             break;
         case Keys::sessionBus:
             keysPath = "session bus (tevractl on a shortcut of the desktop)";
+            break;
+        case Keys::globalShortcutsPortal:
+            keysPath = "global shortcuts portal";
             break;
     }
     std::string pastePath;

@@ -15,6 +15,9 @@ struct DesktopSession {
     enum class Keys {
         x11Keyboard,  // the talk key watched, chord keys grabbed
         sessionBus,   // a shortcut of the desktop runs tevractl
+        // Shortcuts registered with the desktop through its portal (KDE,
+        // GNOME 48 and later, Hyprland); tevractl works besides.
+        globalShortcutsPortal,
     };
     enum class Paste {
         xtest,

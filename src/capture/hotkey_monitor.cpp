@@ -6,17 +6,7 @@ namespace tevra {
 
 namespace {
 
-constexpr int cancelIdentifier = 100;
-constexpr int selectIdentifier = 200;
-constexpr int translateSelectionIdentifier = 300;
-constexpr int translateClipboardIdentifier = 301;
-constexpr int dictateTranslateIdentifier = 302;
-
-void call(const std::function<void()>& callback) {
-    if (callback) {
-        callback();
-    }
-}
+using Kind = HotkeyAction::Kind;
 
 }  // namespace
 
@@ -31,11 +21,7 @@ HotkeyMonitor::~HotkeyMonitor() {
     keyboard_->close();
 }
 
-bool HotkeyMonitor::capturing() const {
-    return isCapturing && isCapturing();
-}
-
-bool HotkeyMonitor::registerKey(uint32_t keysym, int identifier) {
+bool HotkeyMonitor::registerKey(uint32_t keysym, HotkeyAction action) {
     if (!keyboard_->grab(keysym, DesktopKeyboard::Modifiers::alt)) {
         // The digit keys' symbols are their characters.
         const char digit = static_cast<char>(keysym);
@@ -45,7 +31,7 @@ bool HotkeyMonitor::registerKey(uint32_t keysym, int identifier) {
         heldElsewhere_.push_back(std::string("Alt+") + digit);
         return false;
     }
-    hotKeyRefs_.push_back({keysym, identifier});
+    hotKeyRefs_.push_back({keysym, action});
     return true;
 }
 
@@ -61,15 +47,15 @@ std::optional<std::string> HotkeyMonitor::start() {
     }
     bool anySlot = false;
     for (int i = 0; i < slotCount_; ++i) {
-        if (registerKey(slotKeyCodes[static_cast<size_t>(i)], i + 1)) {
+        if (registerKey(slotKeyCodes[static_cast<size_t>(i)], {Kind::slot, i})) {
             anySlot = true;
         }
     }
     // The fixed keys are a bonus: without them the slots still work.
-    registerKey(KeySyms::digit(7), selectIdentifier);
-    registerKey(KeySyms::digit(8), translateSelectionIdentifier);
-    registerKey(KeySyms::digit(9), translateClipboardIdentifier);
-    registerKey(KeySyms::digit(0), dictateTranslateIdentifier);
+    registerKey(KeySyms::digit(7), {Kind::select});
+    registerKey(KeySyms::digit(8), {Kind::translateSelection});
+    registerKey(KeySyms::digit(9), {Kind::translateClipboard});
+    registerKey(KeySyms::digit(0), {Kind::dictateTranslate});
     if (log_) {
         log_("hotkeys registered: ⌥1…⌥" + std::to_string(slotCount_) +
              " + ⌥7 select + ⌥8/⌥9/⌥0 translate");
@@ -108,122 +94,35 @@ void HotkeyMonitor::disableCancelKey() {
     cancelRef_ = false;
 }
 
-std::optional<int> HotkeyMonitor::identifierOf(uint32_t keysym) const {
+std::optional<HotkeyAction> HotkeyMonitor::actionOf(uint32_t keysym) const {
     if (keysym == KeySyms::escape) {
-        return cancelRef_ ? std::optional(cancelIdentifier) : std::nullopt;
+        return cancelRef_ ? std::optional(HotkeyAction{Kind::cancel}) : std::nullopt;
     }
     for (const HotKey& key : hotKeyRefs_) {
         if (key.keysym == keysym) {
-            return key.identifier;
+            return key.action;
         }
     }
     return std::nullopt;
 }
 
 void HotkeyMonitor::handle(const DesktopKeyboard::Event& event) {
-    using Kind = DesktopKeyboard::Event::Kind;
+    using EventKind = DesktopKeyboard::Event::Kind;
     // A held hot key is one press and one release, whatever the keyboard repeats.
     if (!handlerInstalled_ || event.repeat) {
         return;
     }
-    if (event.kind != Kind::keyDown && event.kind != Kind::keyUp) {
+    if (event.kind != EventKind::keyDown && event.kind != EventKind::keyUp) {
         return;
     }
-    const auto identifier = identifierOf(event.keysym);
-    if (!identifier) {
+    const auto action = actionOf(event.keysym);
+    if (!action) {
         return;
     }
-    if (event.kind == Kind::keyDown) {
-        pressed(*identifier, event.time);
+    if (event.kind == EventKind::keyDown) {
+        presses_.pressed(*action, event.time);
     } else {
-        released(*identifier, event.time);
-    }
-}
-
-void HotkeyMonitor::pressed(int identifier, double at) {
-    switch (identifier) {
-        case cancelIdentifier:
-            call(onCancel);
-            break;
-        case selectIdentifier:
-            call(onSelectTool);
-            break;
-        case translateSelectionIdentifier:
-            call(onTranslateSelection);
-            break;
-        case translateClipboardIdentifier:
-            call(onTranslateClipboard);
-            break;
-        case dictateTranslateIdentifier:
-            dictateTranslateDown(at);
-            break;
-        default:
-            slotDown(identifier - 1, at);
-            break;
-    }
-}
-
-void HotkeyMonitor::released(int identifier, double at) {
-    switch (identifier) {
-        case cancelIdentifier:
-        case selectIdentifier:
-        case translateSelectionIdentifier:
-        case translateClipboardIdentifier:
-            break;
-        case dictateTranslateIdentifier:
-            dictateTranslateUp(at);
-            break;
-        default:
-            slotUp(identifier - 1, at);
-            break;
-    }
-}
-
-void HotkeyMonitor::slotDown(int slot, double at) {
-    if (capturing()) {
-        // Any slot key ends a running capture; the releases of keys pressed
-        // before then must not end the next one.
-        pressedAt_.clear();
-        call(onSlotFinish);
-        return;
-    }
-    pressedAt_[slot] = at;
-    if (onSlotStart) {
-        onSlotStart(slot);
-    }
-}
-
-void HotkeyMonitor::slotUp(int slot, double at) {
-    const auto it = pressedAt_.find(slot);
-    if (it == pressedAt_.end()) {
-        return;
-    }
-    const double pressedAt = it->second;
-    pressedAt_.erase(it);
-    // A short press leaves the capture latched; the next slot key ends it.
-    if (capturing() && at - pressedAt >= holdThreshold) {
-        call(onSlotFinish);
-    }
-}
-
-void HotkeyMonitor::dictateTranslateDown(double at) {
-    if (capturing()) {
-        translatePressedAt_.reset();
-        call(onDictateTranslateFinish);
-        return;
-    }
-    translatePressedAt_ = at;
-    call(onDictateTranslateStart);
-}
-
-void HotkeyMonitor::dictateTranslateUp(double at) {
-    if (!translatePressedAt_ || !capturing()) {
-        return;
-    }
-    const double pressedAt = *translatePressedAt_;
-    translatePressedAt_.reset();
-    if (at - pressedAt >= holdThreshold) {
-        call(onDictateTranslateFinish);
+        presses_.released(*action, event.time);
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "base/main_queue.h"
 #include "capture/desktop_keyboard.h"
+#include "capture/hotkey_actions.h"
 #include "capture/hotkey_backend.h"
 #include "capture/key_symbols.h"
 
@@ -30,7 +30,7 @@ public:
         KeySyms::digit(4), KeySyms::digit(5), KeySyms::digit(6),
     };
     // A press at least this long is hold-to-talk; a shorter one latches.
-    static constexpr double holdThreshold = 0.35;
+    static constexpr double holdThreshold = HotkeyPresses::holdThreshold;
 
     struct TranslateBinding {
         const char* label;
@@ -60,31 +60,23 @@ public:
     int slotCount() const { return slotCount_; }
 
 private:
-    // A key this monitor holds, with the number that tells its action.
+    // A key this monitor holds, with what it does.
     struct HotKey {
         uint32_t keysym;
-        int identifier;
+        HotkeyAction action;
     };
 
-    bool registerKey(uint32_t keysym, int identifier);
-    std::optional<int> identifierOf(uint32_t keysym) const;
-    void pressed(int identifier, double at);
-    void released(int identifier, double at);
-    void slotDown(int slot, double at);
-    void slotUp(int slot, double at);
-    void dictateTranslateDown(double at);
-    void dictateTranslateUp(double at);
-    bool capturing() const;
+    bool registerKey(uint32_t keysym, HotkeyAction action);
+    std::optional<HotkeyAction> actionOf(uint32_t keysym) const;
 
     const int slotCount_;
     MainQueue& queue_;
     std::unique_ptr<DesktopKeyboard> keyboard_;
     LogLine log_;
+    HotkeyPresses presses_{*this};
     std::vector<HotKey> hotKeyRefs_;  // every registered key but Esc
     std::vector<std::string> heldElsewhere_;
     bool handlerInstalled_ = false;
-    std::map<int, double> pressedAt_;  // slots whose key is down
-    std::optional<double> translatePressedAt_;
     bool cancelRef_ = false;  // Esc, held only during a capture
 };
 

@@ -34,16 +34,19 @@ TEST(DesktopSessionTest, TakesWhatTheSessionOffersAndSaysWhich) {
         {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":1"}, {"XDG_CURRENT_DESKTOP", "KDE"}},
          kwin,
          "Wayland (KDE)",
-         "keys: session bus (tevractl on a shortcut of the desktop); paste: remote desktop "
-         "portal; clipboard: data control"},
+         "keys: global shortcuts portal; paste: remote desktop portal; clipboard: data control"},
         // GNOME: no data control; the clipboard is shared with XWayland's.
         {{{"XDG_SESSION_TYPE", "wayland"},
           {"DISPLAY", ":0"},
           {"XDG_CURRENT_DESKTOP", "ubuntu:GNOME"}},
          mutter,
          "Wayland (GNOME)",
-         "keys: session bus (tevractl on a shortcut of the desktop); paste: remote desktop "
-         "portal; clipboard: XWayland"},
+         "keys: global shortcuts portal; paste: remote desktop portal; clipboard: XWayland"},
+        // Hyprland: wlroots' protocols, and a portal with global shortcuts.
+        {{{"WAYLAND_DISPLAY", "wayland-1"}, {"DISPLAY", ":0"}, {"XDG_CURRENT_DESKTOP", "Hyprland"}},
+         wlroots,
+         "Wayland (wlroots)",
+         "keys: global shortcuts portal; paste: virtual keyboard; clipboard: data control"},
         // No XWayland and no data control: no clipboard at all, so no paste.
         {{{"WAYLAND_DISPLAY", "wayland-0"}},
          {"wl_seat", "zwp_virtual_keyboard_manager_v1"},

@@ -44,9 +44,8 @@ void PortalRequest::call(QDBusConnection bus, const QString& interface, const QS
 }
 
 void PortalRequest::onResponse(uint response, const QVariantMap& results) {
-    QDBusConnection::sessionBus().disconnect(
-        service, requestPath_, QStringLiteral("org.freedesktop.portal.Request"),
-        QStringLiteral("Response"), this, SLOT(onResponse(uint, QVariantMap)));
+    bus_.disconnect(service, requestPath_, QStringLiteral("org.freedesktop.portal.Request"),
+                    QStringLiteral("Response"), this, SLOT(onResponse(uint, QVariantMap)));
     if (done_) {
         auto done = std::move(done_);
         done_ = nullptr;
