@@ -11,6 +11,7 @@
 #include "app/qt/tray_status_item.h"
 #include "app/remote_control.h"
 #include "base/log.h"
+#include "capture/held_keys_injector.h"
 #include "capture/linux/atspi_focus.h"
 #include "capture/linux/pulse_audio_input.h"
 #include "capture/linux/pulse_microphone_access.h"
@@ -22,6 +23,7 @@
 #include "capture/no_key_injector.h"
 #include "capture/qt/portal_global_shortcuts.h"
 #include "capture/qt/portal_remote_desktop.h"
+#include "capture/qt/portal_request.h"
 #include "capture/qt/qt_clipboard.h"
 #include "capture/qt/qt_sound_cues.h"
 #include "capture/session_bus_hotkeys.h"
@@ -101,6 +103,13 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
         if (session_.clipboard == DesktopSession::Clipboard::dataControl) {
             clipboard = DataControlClipboard::create(queue_, wayland_);
         }
+        // The portals know Tevra by its application id only when the
+        // desktop started it from its menu entry; a terminal's Tevra says it.
+        if (session_.keys == DesktopSession::Keys::globalShortcutsPortal ||
+            session_.paste == DesktopSession::Paste::remoteDesktopPortal) {
+            PortalRequest::registerHostApp(QDBusConnection::sessionBus(),
+                                           QString::fromLatin1(TevraBusService::serviceName));
+        }
         if (session_.paste == DesktopSession::Paste::virtualKeyboard) {
             keys = VirtualKeyboardInjector::create(wayland_, toplevels);
         } else if (session_.paste == DesktopSession::Paste::remoteDesktopPortal) {
@@ -111,11 +120,23 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
         }
         focusProbe = std::make_shared<WaylandFocusProbe>(toplevels, focus);
         if (session_.keys == DesktopSession::Keys::globalShortcutsPortal) {
-            services.makeSessionHotkeys = [this](const std::vector<std::string>& voiceNames) {
-                return std::make_shared<ShortcutHotkeys>(
-                    std::make_unique<PortalGlobalShortcuts>(queue_, writeLog), voiceNames,
+            // Each restart of the keys makes a new backend; the chords ask
+            // whichever is current whether its keys are still held.
+            auto current = std::make_shared<std::weak_ptr<ShortcutHotkeys>>();
+            services.makeSessionHotkeys = [this,
+                                           current](const std::vector<std::string>& voiceNames) {
+                auto hotkeys = std::make_shared<ShortcutHotkeys>(
+                    queue_, std::make_unique<PortalGlobalShortcuts>(queue_, writeLog), voiceNames,
                     writeLog);
+                *current = hotkeys;
+                return hotkeys;
             };
+            if (keys) {
+                keys = std::make_shared<HeldKeysInjector>(keys, [current] {
+                    const auto hotkeys = current->lock();
+                    return hotkeys && hotkeys->keysHeld();
+                });
+            }
         } else {
             services.makeSessionHotkeys = [](const std::vector<std::string>&) {
                 return std::make_shared<SessionBusHotkeys>();
@@ -136,9 +157,14 @@ TevraApplication::TevraApplication(std::shared_ptr<X11Connection> x, DesktopSess
     services.contextReader = std::make_shared<ContextReader>(focusProbe);
     services.clipboard = clipboard;
     services.focus = focusProbe;
-    // The screen is read through X11; on Wayland only XWayland's windows
-    // would be seen, so the screen-text tools wait for the Screenshot portal.
-    if (!onWayland) {
+    if (onWayland) {
+        // The selection is read as on X11, by the copy chord and the
+        // clipboard. The screen is read through X11, where on Wayland only
+        // XWayland's windows would be seen, so the selection tool and the
+        // screenshot voice wait for the Screenshot portal.
+        services.focusedSelection =
+            std::make_shared<FocusedSelection>(queue_, clipboard, keys, secure);
+    } else {
         ScreenTextTools screenText =
             ScreenTextTools::make(queue_, work_, x_, clipboard, keys, secure, focusProbe, writeLog);
         services.selection = std::move(screenText.selection);

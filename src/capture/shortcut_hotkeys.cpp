@@ -49,9 +49,12 @@ std::vector<Entry> entriesFor(const std::vector<std::string>& voiceNames) {
 
 }  // namespace
 
-ShortcutHotkeys::ShortcutHotkeys(std::unique_ptr<GlobalShortcuts> shortcuts,
+ShortcutHotkeys::ShortcutHotkeys(MainQueue& queue, std::unique_ptr<GlobalShortcuts> shortcuts,
                                  std::vector<std::string> voiceNames, LogLine log)
-    : shortcuts_(std::move(shortcuts)), voiceNames_(std::move(voiceNames)), log_(std::move(log)) {}
+    : queue_(queue),
+      shortcuts_(std::move(shortcuts)),
+      voiceNames_(std::move(voiceNames)),
+      log_(std::move(log)) {}
 
 ShortcutHotkeys::~ShortcutHotkeys() {
     stop();
@@ -104,6 +107,10 @@ void ShortcutHotkeys::stop() {
     down_.clear();
 }
 
+bool ShortcutHotkeys::keysHeld() const {
+    return !down_.empty() || (lastRelease_ && queue_.now() - *lastRelease_ < releaseSettle);
+}
+
 void ShortcutHotkeys::activated(const std::string& id, double at) {
     const auto it = actions_.find(id);
     if (!started_ || it == actions_.end()) {
@@ -132,6 +139,7 @@ void ShortcutHotkeys::deactivated(const std::string& id, double at) {
     if (!started_ || it == actions_.end() || down_.erase(id) == 0) {
         return;
     }
+    lastRelease_ = queue_.now();
     presses_.released(it->second, at);
 }
 

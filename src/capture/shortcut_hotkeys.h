@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/main_queue.h"
 #include "capture/global_shortcuts.h"
 #include "capture/hotkey_actions.h"
 #include "capture/hotkey_backend.h"
@@ -23,10 +24,14 @@ class ShortcutHotkeys : public HotkeyBackend, public std::enable_shared_from_thi
 public:
     // Activations of a held shortcut closer than this are the desktop's repeats.
     static constexpr double repeatGap = 1.0;
+    // How long after a shortcut's release its modifiers count as still held:
+    // the desktop tells of the shortcut, not of the Alt the user lets go a
+    // moment later.
+    static constexpr double releaseSettle = 0.15;
 
     // voiceNames: the enabled voices in slot order (at most six are given keys).
-    ShortcutHotkeys(std::unique_ptr<GlobalShortcuts> shortcuts, std::vector<std::string> voiceNames,
-                    LogLine log = {});
+    ShortcutHotkeys(MainQueue& queue, std::unique_ptr<GlobalShortcuts> shortcuts,
+                    std::vector<std::string> voiceNames, LogLine log = {});
     ~ShortcutHotkeys() override;
 
     // The shortcuts registered for these voices, in the order given.
@@ -40,10 +45,15 @@ public:
     void enableCancelKey() override { cancelEnabled_ = true; }
     void disableCancelKey() override { cancelEnabled_ = false; }
 
+    // Whether the user may still hold a shortcut's keys, so that a chord
+    // sent now would become another one (the paste's KeyInjector asks).
+    bool keysHeld() const;
+
 private:
     void activated(const std::string& id, double at);
     void deactivated(const std::string& id, double at);
 
+    MainQueue& queue_;
     std::unique_ptr<GlobalShortcuts> shortcuts_;
     std::vector<std::string> voiceNames_;
     LogLine log_;
@@ -51,6 +61,7 @@ private:
     std::map<std::string, HotkeyAction> actions_;
     // The shortcuts held, with when each was last activated.
     std::map<std::string, double> down_;
+    std::optional<double> lastRelease_;  // on the queue's clock
     bool cancelEnabled_ = false;
     bool started_ = false;
 };

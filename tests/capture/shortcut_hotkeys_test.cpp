@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/virtual_main_queue.h"
 #include "support/recording_hotkey_calls.h"
 
 namespace tevra {
@@ -30,11 +31,12 @@ struct Harness {
         auto owned = std::make_unique<RecordingGlobalShortcuts>();
         desktop = owned.get();
         hotkeys = std::make_shared<ShortcutHotkeys>(
-            std::move(owned), std::vector<std::string>{"Plain", "Email"},
+            queue, std::move(owned), std::vector<std::string>{"Plain", "Email"},
             [this](const std::string& line) { log.push_back(line); });
         recorder.wire(*hotkeys);
         EXPECT_EQ(hotkeys->start(), "global shortcuts portal");
     }
+    VirtualMainQueue queue;
     RecordingGlobalShortcuts* desktop = nullptr;
     std::shared_ptr<ShortcutHotkeys> hotkeys;
     testing::RecordingHotkeyCalls recorder;
@@ -52,6 +54,14 @@ TEST(ShortcutHotkeysTest, BindsAShortcutPerVoiceAndActionWithTheAltKeysSuggested
                                    "dictate-translate=ALT+0",
                                    "queue-add=", "queue-paste=", "queue-mode=", "cancel="));
     EXPECT_EQ(h.desktop->bound[1].description, "Dictate with voice 1 (Email)");
+
+    // The Alt of a shortcut is taken as held until a moment after its release.
+    h.desktop->handlers.activated("translate-selection", 1);
+    EXPECT_TRUE(h.hotkeys->keysHeld());
+    h.desktop->handlers.deactivated("translate-selection", 1.2);
+    EXPECT_TRUE(h.hotkeys->keysHeld());
+    h.queue.advance(ShortcutHotkeys::releaseSettle);
+    EXPECT_FALSE(h.hotkeys->keysHeld());
 
     h.desktop->handlers.failed("none on the session bus");
     EXPECT_THAT(h.log.back(), HasSubstr("global shortcuts portal: none on the session bus"));

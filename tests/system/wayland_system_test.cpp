@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "app/qt/qt_main_queue.h"
+#include "capture/qt/portal_remote_desktop.h"
 #include "capture/wayland/data_control_clipboard.h"
 #include "support/desktop/kwin_session.h"
 #include "support/desktop/sway_session.h"
@@ -169,14 +170,15 @@ TEST_F(WaylandSystemTest, ABindingOfTevractlDictatesIntoNativeWaylandWindows) {
     foot.waitForFinished(5000);
 }
 
-// KWin: the clipboard through data control, the paste chord through the
-// Remote Desktop portal, which KDE's backend grants without a dialog here.
+// KWin: the keys through the Global Shortcuts portal, the clipboard through
+// data control, the paste chord through the Remote Desktop portal; KDE's
+// backend grants both without a dialog here.
 class KdeSystemTest : public DictationSystemTest {
 protected:
     testing::KwinSession kwin;
 };
 
-TEST_F(KdeSystemTest, TheRemoteDesktopPortalPastesIntoQtAndGtkWindows) {
+TEST_F(KdeSystemTest, TheTalkShortcutHeldDictatesIntoQtAndGtkWindowsThroughThePortals) {
     ASSERT_TRUE(kwin.running());
     QObject timers;
     QtMainQueue queue{&timers};
@@ -184,6 +186,14 @@ TEST_F(KdeSystemTest, TheRemoteDesktopPortalPastesIntoQtAndGtkWindows) {
     ASSERT_TRUE(wayland);
     auto clipboard = DataControlClipboard::create(queue, wayland);
     ASSERT_TRUE(clipboard) << "KWin offers data control";
+    // The keyboard the user holds: the test's own Remote Desktop session,
+    // whose keys KWin's shortcuts see as a real keyboard's.
+    const QDBusConnection testBus =
+        QDBusConnection::connectToBus(QString::fromStdString(kwin.busAddress()), "kwin-test");
+    testing::TempDir tokens;
+    PortalRemoteDesktop keyboard(
+        tokens / "token", [](const std::string&) {}, testBus);
+    keyboard.start();
 
     const std::map<std::string, std::optional<std::string>> bus = {
         {"DBUS_SESSION_BUS_ADDRESS", kwin.busAddress()}};
@@ -194,9 +204,19 @@ TEST_F(KdeSystemTest, TheRemoteDesktopPortalPastesIntoQtAndGtkWindows) {
                 {"XDG_CURRENT_DESKTOP", "KDE"},
                 {"DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(kwin.busAddress())}});
     ASSERT_TRUE(waitForLog("remote desktop portal: keyboard granted", 15)) << kwin.log();
-    EXPECT_THAT(testing::runProcess({TEVRACTL_PATH, "status"}, bus).out,
-                HasSubstr("paste: remote desktop portal; clipboard: data control"));
+    ASSERT_TRUE(waitForLog("global shortcuts portal: bound talk=Alt+1", 15)) << kwin.log();
+    ASSERT_TRUE(waitUntil([&] { return keyboard.isAvailable(); }, 15));
+    EXPECT_THAT(
+        testing::runProcess({TEVRACTL_PATH, "status"}, bus).out,
+        HasSubstr("keys: global shortcuts portal; paste: remote desktop portal; clipboard: data "
+                  "control"));
 
+    // evdev numbers plus the X offset, as KeyStroke counts them.
+    constexpr unsigned kAlt = 56 + 8;
+    constexpr unsigned kOne = 2 + 8;
+    constexpr unsigned kEight = 9 + 8;
+    constexpr unsigned kCtrl = 29 + 8;
+    constexpr unsigned kA = 30 + 8;
     const auto speech = testing::spokenSamples(kTranscript, 48000, 2);
     for (const bool qt : {true, false}) {
         PeerProcess peer({.title = qt ? "Qt peer" : "GTK peer",
@@ -210,16 +230,36 @@ TEST_F(KdeSystemTest, TheRemoteDesktopPortalPastesIntoQtAndGtkWindows) {
         clipboard->restore({kBefore});
 
         VirtualMicrophone microphone;
-        ASSERT_EQ(testing::runProcess({TEVRACTL_PATH, "record", "toggle"}, bus).exitCode, 0);
+        if (qt) {
+            // Held to talk: Alt+1 down while speaking, then let go.
+            keyboard.post({{kAlt, true}, {kOne, true}});
+            ASSERT_TRUE(waitForLog("Fn \u2192 Dictate", 10)) << "no capture started";
+        } else {
+            // The session bus works besides the shortcuts.
+            ASSERT_EQ(testing::runProcess({TEVRACTL_PATH, "record", "toggle"}, bus).exitCode, 0);
+        }
         pause(0.5);  // the record stream opens
         microphone.speak(speech);
         ASSERT_TRUE(waitUntil([&] { return microphone.finished(); }, 20));
-        ASSERT_EQ(testing::runProcess({TEVRACTL_PATH, "record", "toggle"}, bus).exitCode, 0);
+        if (qt) {
+            keyboard.post({{kOne, false}, {kAlt, false}});
+        } else {
+            ASSERT_EQ(testing::runProcess({TEVRACTL_PATH, "record", "toggle"}, bus).exitCode, 0);
+        }
         EXPECT_TRUE(peer.waitFor("text", 30, [](const nlohmann::json& event) {
             return event["text"] == kPolished;
         })) << (qt ? "Qt" : "GTK");
         pause(1.5);
         EXPECT_EQ(clipboard->text(), "kept across the dictation") << "the clipboard is back";
+        if (qt) {
+            // The dictated text selected and translated in place, by its
+            // shortcut, the copy chord through the portal and data control.
+            keyboard.post({{kCtrl, true}, {kA, true}, {kA, false}, {kCtrl, false}});
+            pause(0.3);
+            keyboard.post({{kAlt, true}, {kEight, true}, {kEight, false}, {kAlt, false}});
+            EXPECT_TRUE(waitForLog("translate selection \u2192 en: 27 chars", 10));
+            pause(1.5);
+        }
     }
 }
 

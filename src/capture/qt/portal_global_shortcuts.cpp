@@ -6,6 +6,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QPointer>
+#include <map>
 
 #include "capture/qt/portal_request.h"
 
@@ -138,11 +139,18 @@ void PortalGlobalShortcuts::logTriggers(const QVariantMap& results) {
     }
     QList<PortalShortcut> bound;
     results.value("shortcuts").value<QDBusArgument>() >> bound;
-    std::string line = "global shortcuts portal: bound";
+    std::map<std::string, std::string> triggers;
     for (const PortalShortcut& shortcut : bound) {
-        const QString trigger = shortcut.options.value("trigger_description").toString();
-        line += " " + shortcut.id.toStdString() + "=" +
-                (trigger.isEmpty() ? std::string("(no key)") : trigger.toStdString());
+        triggers[shortcut.id.toStdString()] =
+            shortcut.options.value("trigger_description").toString().toStdString();
+    }
+    // In Tevra's order, which the portal does not keep.
+    std::string line = "global shortcuts portal: bound";
+    for (const Shortcut& shortcut : shortcuts_) {
+        const auto trigger = triggers.find(shortcut.id);
+        line += " " + shortcut.id + "=" +
+                (trigger == triggers.end() || trigger->second.empty() ? std::string("(no key)")
+                                                                      : trigger->second);
     }
     log_(line);
 }

@@ -12,6 +12,14 @@ QString PortalRequest::token() {
     return QStringLiteral("tevra%1").arg(++next);
 }
 
+void PortalRequest::registerHostApp(QDBusConnection bus, const QString& appId) {
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        service, path, QStringLiteral("org.freedesktop.host.portal.Registry"),
+        QStringLiteral("Register"));
+    message.setArguments({appId, QVariantMap()});
+    bus.asyncCall(message);
+}
+
 PortalRequest::PortalRequest(QDBusConnection bus, QString requestPath, Done done)
     : bus_(std::move(bus)), requestPath_(std::move(requestPath)), done_(std::move(done)) {}
 

@@ -28,6 +28,13 @@ public:
     static void call(QDBusConnection bus, const QString& interface, const QString& method,
                      QVariantList arguments, QVariantMap options, Done done);
 
+    // Tells the portals which application a program started outside a
+    // sandbox is, where the desktop cannot tell from how it was started (a
+    // terminal). Must go before any other portal call on the connection;
+    // portals before 1.19 have no such registry, and the call then fails
+    // without harm.
+    static void registerHostApp(QDBusConnection bus, const QString& appId);
+
     // A fresh token for handle_token and session_handle_token.
     static QString token();
 
