@@ -29,7 +29,7 @@ public:
     void close() override;
 
     static constexpr const char* interface = "org.freedesktop.portal.GlobalShortcuts";
-    static constexpr const char* sessionToken = "tevra_shortcuts";
+    static constexpr const char* sessionToken = "Tevra";
 
 private slots:
     void onSignal(const QDBusMessage& message);
