@@ -197,12 +197,13 @@ TEST_F(KdeSystemTest, TheTalkShortcutHeldDictatesIntoQtAndGtkWindowsThroughThePo
 
     const std::map<std::string, std::optional<std::string>> bus = {
         {"DBUS_SESSION_BUS_ADDRESS", kwin.busAddress()}};
-    startTevra(nlohmann::json::object(),
-               {{"WAYLAND_DISPLAY", QString::fromStdString(kwin.socket())},
-                {"DISPLAY", QString()},
-                {"XDG_SESSION_TYPE", "wayland"},
-                {"XDG_CURRENT_DESKTOP", "KDE"},
-                {"DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(kwin.busAddress())}});
+    const std::map<QString, QString> session = {
+        {"WAYLAND_DISPLAY", QString::fromStdString(kwin.socket())},
+        {"DISPLAY", QString()},
+        {"XDG_SESSION_TYPE", "wayland"},
+        {"XDG_CURRENT_DESKTOP", "KDE"},
+        {"DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(kwin.busAddress())}};
+    startTevra(nlohmann::json::object(), session);
     ASSERT_TRUE(waitForLog("remote desktop portal: keyboard granted", 15)) << kwin.log();
     ASSERT_TRUE(waitForLog("global shortcuts portal: bound talk=Alt+1", 15)) << kwin.log();
     ASSERT_TRUE(waitUntil([&] { return keyboard.isAvailable(); }, 15));
@@ -261,6 +262,26 @@ TEST_F(KdeSystemTest, TheTalkShortcutHeldDictatesIntoQtAndGtkWindowsThroughThePo
             pause(1.5);
         }
     }
+
+    // A second start binds the same shortcuts again, asking nothing, and the
+    // talk key starts a dictation.
+    const auto count = [&](const std::string& line) {
+        const std::string text = log();
+        std::size_t found = 0;
+        for (auto at = text.find(line); at != std::string::npos; at = text.find(line, at + 1)) {
+            ++found;
+        }
+        return found;
+    };
+    const std::string bound = "global shortcuts portal: bound talk=Alt+1";
+    const std::size_t bindings = count(bound);
+    tevra.stop();
+    startTevra(nlohmann::json::object(), session);
+    ASSERT_TRUE(waitUntil([&] { return count(bound) > bindings; }, 15)) << log();
+    const std::size_t starts = count("Fn \u2192 Dictate");
+    keyboard.post({{kAlt, true}, {kOne, true}, {kOne, false}, {kAlt, false}});
+    EXPECT_TRUE(waitUntil([&] { return count("Fn \u2192 Dictate") > starts; }, 10)) << log();
+    testing::runProcess({TEVRACTL_PATH, "record", "cancel"}, bus);
 }
 
 }  // namespace
