@@ -351,6 +351,19 @@ void BM_ReleaseToPasteOnSway(benchmark::State& state) {
 }
 BENCHMARK(BM_ReleaseToPasteOnSway)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
+// A keyboard through the Remote Desktop portal of the KWin session, asked
+// for on a connection of its own; it is granted a moment later.
+std::shared_ptr<PortalRemoteDesktop> portalKeyboard(const testing::KwinSession& kwin,
+                                                    const testing::TempDir& tokens,
+                                                    const char* connectionName) {
+    QDBusConnection bus =
+        QDBusConnection::connectToBus(QString::fromStdString(kwin.busAddress()), connectionName);
+    auto keyboard = std::make_shared<PortalRemoteDesktop>(
+        tokens / "token", [](const std::string&) {}, bus);
+    keyboard->start();
+    return keyboard;
+}
+
 // The same on a headless KWin: the chord through the Remote Desktop portal,
 // whose calls go over the session bus to the portal and on to KWin.
 void BM_ReleaseToPasteOnKwin(benchmark::State& state) {
@@ -359,12 +372,8 @@ void BM_ReleaseToPasteOnKwin(benchmark::State& state) {
         state.SkipWithError("KWin or its portal did not start");
         return;
     }
-    QDBusConnection bus =
-        QDBusConnection::connectToBus(QString::fromStdString(kwin.busAddress()), "kwin");
     testing::TempDir tokens;
-    auto portal = std::make_shared<PortalRemoteDesktop>(
-        tokens / "token", [](const std::string&) {}, bus);
-    portal->start();
+    auto portal = portalKeyboard(kwin, tokens, "kwin");
     auto tevraConnection = WaylandConnection::open(kwin.socket());
     if (!testing::waitUntil([&] { return portal->isAvailable(); }, 15) || !tevraConnection) {
         state.SkipWithError("the portal granted no keyboard");
@@ -373,8 +382,6 @@ void BM_ReleaseToPasteOnKwin(benchmark::State& state) {
     measureOnWayland(state, kwin.socket(), tevraConnection, portal);
 }
 BENCHMARK(BM_ReleaseToPasteOnKwin)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
-
-}  // namespace
 
 // The talk shortcut held and let go on KWin, the keys pressed through a
 // Remote Desktop session of the benchmark's own, until the shortcut's
@@ -385,12 +392,9 @@ void BM_ShortcutReleaseOnKwin(benchmark::State& state) {
         state.SkipWithError("KWin or its portal did not start");
         return;
     }
-    QDBusConnection bus =
-        QDBusConnection::connectToBus(QString::fromStdString(kwin.busAddress()), "kwin-shortcuts");
     testing::TempDir tokens;
-    PortalRemoteDesktop keyboard(
-        tokens / "token", [](const std::string&) {}, bus);
-    keyboard.start();
+    auto keyboard = portalKeyboard(kwin, tokens, "kwin-shortcuts");
+    QDBusConnection bus = QDBusConnection(QStringLiteral("kwin-shortcuts"));
     QObject timers;
     QtMainQueue queue{&timers};
     bool bound = false;
@@ -410,7 +414,7 @@ void BM_ShortcutReleaseOnKwin(benchmark::State& state) {
         finished = Clock::now();
     };
     hotkeys->start();
-    if (!testing::waitUntil([&] { return bound && keyboard.isAvailable(); }, 15)) {
+    if (!testing::waitUntil([&] { return bound && keyboard->isAvailable(); }, 15)) {
         state.SkipWithError("the shortcuts were not bound or no keyboard was granted");
         return;
     }
@@ -418,14 +422,14 @@ void BM_ShortcutReleaseOnKwin(benchmark::State& state) {
     constexpr unsigned kOne = 2 + 8;
     for (auto _ : state) {
         finished.reset();
-        keyboard.post({{kAlt, true}, {kOne, true}});
+        keyboard->post({{kAlt, true}, {kOne, true}});
         if (!testing::waitUntil([&] { return capturing; }, 5)) {
             state.SkipWithError("the shortcut's press did not arrive");
             break;
         }
         testing::waitUntil([] { return false; }, 0.5);
         const auto released = Clock::now();
-        keyboard.post({{kOne, false}, {kAlt, false}});
+        keyboard->post({{kOne, false}, {kAlt, false}});
         if (!testing::waitUntil([&] { return finished.has_value(); }, 5)) {
             state.SkipWithError("the shortcut's release did not arrive");
             break;
@@ -436,6 +440,8 @@ void BM_ShortcutReleaseOnKwin(benchmark::State& state) {
     hotkeys->stop();
 }
 BENCHMARK(BM_ShortcutReleaseOnKwin)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+
+}  // namespace
 
 int main(int argc, char** argv) {
     if (argc == 2 && std::strcmp(argv[1], tevra::testing::ClipboardOwnerProcess::flag) == 0) {

@@ -87,6 +87,15 @@ protected:
     }
 
     std::string log() const { return tevra.log(); }
+    // How many times the log has the line so far.
+    std::size_t occurrences(const std::string& line) const {
+        const std::string text = log();
+        std::size_t found = 0;
+        for (auto at = text.find(line); at != std::string::npos; at = text.find(line, at + 1)) {
+            ++found;
+        }
+        return found;
+    }
     bool waitForLog(const std::string& text, double seconds) {
         return tevra.waitForLog(text, seconds);
     }

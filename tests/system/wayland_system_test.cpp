@@ -84,15 +84,7 @@ protected:
         return formats;
     }
 
-    std::size_t captures() const {
-        const std::string text = log();
-        std::size_t count = 0;
-        for (auto at = text.find("Fn \u2192 Dictate"); at != std::string::npos;
-             at = text.find("Fn \u2192 Dictate", at + 1)) {
-            ++count;
-        }
-        return count;
-    }
+    std::size_t captures() const { return occurrences("Fn \u2192 Dictate"); }
 
     // The binding pressed, the microphone speaking, the binding pressed again.
     void dictateThroughTheBinding() {
@@ -265,22 +257,14 @@ TEST_F(KdeSystemTest, TheTalkShortcutHeldDictatesIntoQtAndGtkWindowsThroughThePo
 
     // A second start binds the same shortcuts again, asking nothing, and the
     // talk key starts a dictation.
-    const auto count = [&](const std::string& line) {
-        const std::string text = log();
-        std::size_t found = 0;
-        for (auto at = text.find(line); at != std::string::npos; at = text.find(line, at + 1)) {
-            ++found;
-        }
-        return found;
-    };
     const std::string bound = "global shortcuts portal: bound talk=Alt+1";
-    const std::size_t bindings = count(bound);
+    const std::size_t bindings = occurrences(bound);
     tevra.stop();
     startTevra(nlohmann::json::object(), session);
-    ASSERT_TRUE(waitUntil([&] { return count(bound) > bindings; }, 15)) << log();
-    const std::size_t starts = count("Fn \u2192 Dictate");
+    ASSERT_TRUE(waitUntil([&] { return occurrences(bound) > bindings; }, 15)) << log();
+    const std::size_t starts = occurrences("Fn \u2192 Dictate");
     keyboard.post({{kAlt, true}, {kOne, true}, {kOne, false}, {kAlt, false}});
-    EXPECT_TRUE(waitUntil([&] { return count("Fn \u2192 Dictate") > starts; }, 10)) << log();
+    EXPECT_TRUE(waitUntil([&] { return occurrences("Fn \u2192 Dictate") > starts; }, 10)) << log();
     testing::runProcess({TEVRACTL_PATH, "record", "cancel"}, bus);
 }
 
